@@ -1,0 +1,42 @@
+# zelvane_add_plugin(<target> SOURCES <file>... METADATA <file>.json [NO_METADATA_CHECK])
+#
+# Builds a Zelvane plugin: a MODULE library named lib<target>.so that links
+# Zelvane::Zelvane, runs moc and is rebuilt whenever its metadata file changes.
+# The metadata file is the JSON file that the plugin class names in
+# Q_PLUGIN_METADATA(IID "..." FILE "...").
+include_guard(GLOBAL)
+
+function(zelvane_add_plugin target)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "NO_METADATA_CHECK" "METADATA" "SOURCES")
+    if(arg_UNPARSED_ARGUMENTS)
+        message(FATAL_ERROR "zelvane_add_plugin(${target}): unknown arguments: ${arg_UNPARSED_ARGUMENTS}")
+    endif()
+    if(NOT arg_SOURCES)
+        message(FATAL_ERROR "zelvane_add_plugin(${target}): SOURCES is required")
+    endif()
+    if(NOT arg_METADATA)
+        message(FATAL_ERROR "zelvane_add_plugin(${target}): METADATA <file>.json is required")
+    endif()
+    get_filename_component(metadata "${arg_METADATA}" ABSOLUTE BASE_DIR "${CMAKE_CURRENT_SOURCE_DIR}")
+    if(NOT EXISTS "${metadata}")
+        message(FATAL_ERROR "zelvane_add_plugin(${target}): metadata file ${metadata} does not exist")
+    endif()
+
+    add_library(${target} MODULE ${arg_SOURCES})
+    target_link_libraries(${target} PRIVATE Zelvane::Zelvane)
+    set_target_properties(${target} PROPERTIES
+        AUTOMOC ON
+        CXX_VISIBILITY_PRESET hidden
+        VISIBILITY_INLINES_HIDDEN ON
+        ZELVANE_PLUGIN_METADATA "${metadata}")
+    # moc embeds the JSON file into the plugin. It cannot always see which file
+    # a source names (the name may come from a macro), so say it here: the
+    # autogen step re-runs, and moc's own dependency file then notices the change.
+    set_property(TARGET ${target} APPEND PROPERTY AUTOGEN_TARGET_DEPENDS "${metadata}")
+    set_property(TARGET ${target} APPEND PROPERTY AUTOMOC_DEPEND_FILTERS
+        "Q_PLUGIN_METADATA" "[\"']([^\"']+\\.json)[\"']")
+    foreach(source IN LISTS arg_SOURCES)
+        get_filename_component(source "${source}" ABSOLUTE BASE_DIR "${CMAKE_CURRENT_SOURCE_DIR}")
+        set_property(SOURCE "${source}" APPEND PROPERTY OBJECT_DEPENDS "${metadata}")
+    endforeach()
+endfunction()

@@ -1,0 +1,140 @@
+#include <zelvane/pluginloader.h>
+
+#include "plugin/plugindata_p.h"
+#include "plugin/pluginlog_p.h"
+
+#include <zelvane/iplugin.h>
+
+#include <exception>
+
+namespace Zelvane {
+
+namespace {
+
+// A plugin's initialize() runs inside the host's start-up. An exception escaping it
+// would take the host down from a place it cannot guard, so it is turned into an
+// ordinary failure with the exception's text as the plugin's reason.
+bool initializeGuarded(IPlugin* plugin, const QMap<QString, QString>& arguments, QString* text)
+{
+    try {
+        return plugin->initialize(arguments, text);
+    } catch (const std::exception& exception) {
+        *text = QString::fromLocal8Bit(exception.what());
+    } catch (...) {
+        *text = QObject::tr("unknown exception");
+    }
+    return false;
+}
+
+} // namespace
+
+bool PluginLoader::scan(const QString& fileName)
+{
+    d = std::make_shared<PluginData>(fileName);
+    return d->scan();
+}
+
+bool PluginLoader::isValid() const
+{
+    return d != nullptr;
+}
+
+bool PluginLoader::load(const QMap<QString, QString>& arguments)
+{
+    if (!d->loader.load()) {
+        d->errorString = d->loader.errorString();
+        return false;
+    }
+
+    // A failure below leaves the library loaded on purpose: the caller decides, and
+    // the last handle to go unloads it.
+    auto* plugin = qobject_cast<IPlugin*>(d->instance());
+    if (!plugin) {
+        d->errorString = QObject::tr("The plugin \"%1\" has not compatible interface").arg(name());
+        return false;
+    }
+
+    QString text;
+    if (!initializeGuarded(plugin, arguments, &text)) {
+        d->errorString = QObject::tr("The plugin \"%1\" failed to initialize. Error: \"%2\"")
+                             .arg(name(), text);
+        return false;
+    }
+    return true;
+}
+
+void PluginLoader::unload()
+{
+    if (d)
+        d->loader.unload();
+}
+
+QObject* PluginLoader::instance() const
+{
+    return d ? d->instance() : nullptr;
+}
+
+bool PluginLoader::loaded() const
+{
+    return d && d->loader.isLoaded();
+}
+
+QString PluginLoader::name() const
+{
+    return d ? d->name : QString();
+}
+
+QString PluginLoader::category() const
+{
+    return d ? d->category : QString();
+}
+
+QStringList PluginLoader::dependencies() const
+{
+    return d ? d->dependencies : QStringList();
+}
+
+int PluginLoader::dependencyCount() const
+{
+    return d ? int(d->dependencies.size()) : 0;
+}
+
+bool PluginLoader::loadByDefault() const
+{
+    return d && d->loadByDefault;
+}
+
+QString PluginLoader::description() const
+{
+    return d ? d->description : QString();
+}
+
+QList<PluginArgumentDescription> PluginLoader::argumentDescriptions() const
+{
+    return d->arguments;
+}
+
+QString PluginLoader::errorString() const
+{
+    return d ? d->errorString : QObject::tr("Unknown error");
+}
+
+bool PluginLoader::dependsOn(const PluginLoader& other) const
+{
+    return dependencies().contains(other.name());
+}
+
+bool PluginLoader::conflictsWith(const PluginLoader& other) const
+{
+    // Left unimplemented deliberately; the warning makes any caller visible.
+    Q_UNUSED(other)
+    logUnimplemented();
+    return false;
+}
+
+bool PluginLoader::operator==(const QString& pluginName) const
+{
+    return name() == pluginName;
+}
+
+} // namespace Zelvane

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <zelvane/zelvane_export.h>
+
+#include <QtCore/QString>
+
+namespace Zelvane {
+
+// The library's only two log lines. Both go through Qt's message log in the category
+// "default" with no file, line or function: a host's message handler sees the same
+// record in debug and release builds.
+ZELVANE_AUTOTEST_EXPORT void logDroppedPlugin(const QString& errorString);
+ZELVANE_AUTOTEST_EXPORT void logUnimplemented();
+
+} // namespace Zelvane

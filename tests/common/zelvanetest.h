@@ -1,0 +1,133 @@
+#pragma once
+
+// Helpers shared by the library's tests.
+
+#include <zelvane/objectpool.h>
+#include <zelvane/plugincontroller.h>
+#include <zelvane/pluginloader.h>
+
+#include "plugin/plugindata_p.h"
+
+#include <QtCore/QDir>
+#include <QtCore/QFile>
+#include <QtCore/QList>
+#include <QtCore/QString>
+#include <QtCore/QStringList>
+#include <QtCore/QVariantMap>
+
+#include <memory>
+
+namespace ZelvaneTest {
+
+// The built test plugin of a CMake target, e.g. "zt_core" → .../libzt_core.so.
+inline QString pluginPath(const QString& target)
+{
+    return QStringLiteral(ZELVANE_TEST_PLUGIN_DIR "/lib") + target + QStringLiteral(".so");
+}
+
+// Copies the built plugins of the given targets into dir under their own file names
+// (or under fileName when given as "target=fileName"). Returns false if any copy fails.
+inline bool copyPlugins(const QString& dir, const QStringList& targets)
+{
+    for (const QString& entry : targets) {
+        const QString target = entry.section(QLatin1Char('='), 0, 0);
+        QString fileName = entry.section(QLatin1Char('='), 1);
+        if (fileName.isEmpty())
+            fileName = QStringLiteral("lib") + target + QStringLiteral(".so");
+        if (!QFile::copy(pluginPath(target), QDir(dir).filePath(fileName)))
+            return false;
+    }
+    return true;
+}
+
+// What the test plugins have recorded: "initialize:<Name>" and "destroy:<Name>", in
+// the order it happened.
+inline QStringList events()
+{
+    return Zelvane::PluginController::instance()->pool()->property("zelvaneTestEvents").toStringList();
+}
+
+inline void clearEvents()
+{
+    Zelvane::PluginController::instance()->pool()->setProperty("zelvaneTestEvents", QStringList());
+}
+
+// The names of the test plugins whose library code has run (static initialisers).
+inline QStringList staticInitialised()
+{
+    const QByteArray value = qgetenv("ZELVANE_TEST_STATIC_INIT");
+    return value.isEmpty() ? QStringList() : QString::fromUtf8(value).split(QLatin1Char(','));
+}
+
+// A handle whose record is filled from a "MetaData" map, without any plugin file:
+// for the tests of ordering and of the model, which only read metadata.
+inline Zelvane::PluginLoader makePlugin(const QVariantMap& metaData,
+                                        const QString& fileName = QStringLiteral("/nowhere/x.so"))
+{
+    auto data = std::make_shared<Zelvane::PluginData>(fileName);
+    data->extractPluginMetadata(metaData);
+    return Zelvane::PluginData::handle(data);
+}
+
+inline Zelvane::PluginLoader makePlugin(const QString& name, const QString& category,
+                                        const QStringList& dependencies = {},
+                                        bool loadByDefault = false,
+                                        const QString& description = {})
+{
+    return makePlugin(QVariantMap {
+        { QStringLiteral("Name"), name },
+        { QStringLiteral("Category"), category },
+        { QStringLiteral("Dependencies"), dependencies },
+        { QStringLiteral("Default"), loadByDefault },
+        { QStringLiteral("Description"), description },
+    });
+}
+
+// A message as a message handler sees it.
+struct LogRecord
+{
+    QtMsgType type;
+    QString category; // "<null>" when the context carried no category
+    QString file; // "<null>" likewise
+    QString function; // "<null>" likewise
+    int line;
+    QString message;
+};
+
+// Captures every message while alive, and restores the previous handler after.
+class LogCapture
+{
+public:
+    LogCapture()
+    {
+        s_records.clear();
+        m_previous = qInstallMessageHandler(&LogCapture::handler);
+    }
+    ~LogCapture() { qInstallMessageHandler(m_previous); }
+    LogCapture(const LogCapture&) = delete;
+    LogCapture& operator=(const LogCapture&) = delete;
+
+    QList<LogRecord> records() const { return s_records; }
+    QStringList messages() const
+    {
+        QStringList result;
+        for (const LogRecord& record : s_records)
+            result.append(record.message);
+        return result;
+    }
+
+private:
+    static void handler(QtMsgType type, const QMessageLogContext& context, const QString& message)
+    {
+        const auto text = [](const char* value) {
+            return value ? QString::fromUtf8(value) : QStringLiteral("<null>");
+        };
+        s_records.append(LogRecord { type, text(context.category), text(context.file),
+                                     text(context.function), context.line, message });
+    }
+
+    static inline QList<LogRecord> s_records;
+    QtMessageHandler m_previous;
+};
+
+} // namespace ZelvaneTest

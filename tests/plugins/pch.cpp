@@ -1,0 +1,1 @@
+// Compiled only to produce the precompiled header that the test plugins share.
