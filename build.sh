@@ -3,8 +3,9 @@
 #
 #   ./build.sh test [--sanitize]   install what is missing, build, run every test
 #   ./build.sh demo                build and run the demo host
+#   ./build.sh fuzz [SECONDS]      build the fuzz targets with clang and run each
 #
-# Build folders: build/ (plain), build-sanitize/ (ASan, UBSan, LSan).
+# Build folders: build/ (plain); the sanitizer, demo and fuzz steps live in scripts/.
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")"
@@ -68,18 +69,21 @@ test)
     done
     ensure_packages "${PACKAGES[@]}"
     if [ "$sanitize" -eq 1 ]; then
-        echo "build.sh test --sanitize: not available yet" >&2
-        exit 1
+        source "$ROOT/scripts/sanitize.sh"
+        exit 0
     fi
     configure_and_build "$ROOT/build"
     run_tests "$ROOT/build"
     ;;
 demo)
-    echo "build.sh demo: the demo host is not available yet" >&2
-    exit 1
+    ensure_packages "${PACKAGES[@]}"
+    source "$ROOT/scripts/demo.sh"
+    ;;
+fuzz)
+    source "$ROOT/scripts/fuzz.sh"
     ;;
 *)
-    echo "usage: ./build.sh test [--sanitize] | demo" >&2
+    echo "usage: ./build.sh test [--sanitize] | demo | fuzz [SECONDS]" >&2
     exit 2
     ;;
 esac

@@ -1,0 +1,1 @@
+# dependencyordering tests

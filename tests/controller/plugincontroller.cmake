@@ -1,0 +1,1 @@
+# plugincontroller tests
