@@ -4,7 +4,18 @@
 # Zelvane::Zelvane, runs moc and is rebuilt whenever its metadata file changes.
 # The metadata file is the JSON file that the plugin class names in
 # Q_PLUGIN_METADATA(IID "..." FILE "...").
+#
+# Before moc embeds the metadata file, a build step checks it against what the library
+# accepts (ZelvaneCheckMetadata.cmake, next to this file) and fails the build with the
+# file, the key and the rule when the library would refuse the plugin at run time;
+# doubtful values are reported as warnings. Editing the file runs the check again.
+# NO_METADATA_CHECK skips it, for plugins whose metadata is wrong on purpose.
 include_guard(GLOBAL)
+
+# Found next to this file, both in the source tree and in the installed package; kept in
+# a global property because the function may be called from any directory.
+set_property(GLOBAL PROPERTY ZELVANE_CHECK_METADATA_SCRIPT
+    "${CMAKE_CURRENT_LIST_DIR}/ZelvaneCheckMetadata.cmake")
 
 function(zelvane_add_plugin target)
     cmake_parse_arguments(PARSE_ARGV 1 arg "NO_METADATA_CHECK" "METADATA" "SOURCES")
@@ -39,4 +50,19 @@ function(zelvane_add_plugin target)
         get_filename_component(source "${source}" ABSOLUTE BASE_DIR "${CMAKE_CURRENT_SOURCE_DIR}")
         set_property(SOURCE "${source}" APPEND PROPERTY OBJECT_DEPENDS "${metadata}")
     endforeach()
+
+    if(NOT arg_NO_METADATA_CHECK)
+        get_property(check_script GLOBAL PROPERTY ZELVANE_CHECK_METADATA_SCRIPT)
+        set(stamp "${CMAKE_CURRENT_BINARY_DIR}/CMakeFiles/${target}.dir/metadata-check.stamp")
+        add_custom_command(OUTPUT "${stamp}"
+            COMMAND "${CMAKE_COMMAND}" "-DZELVANE_METADATA=${metadata}"
+                "-DZELVANE_TARGET=${target}" "-DZELVANE_STAMP=${stamp}" -P "${check_script}"
+            DEPENDS "${metadata}" "${check_script}"
+            COMMENT "Checking the plugin metadata of ${target}"
+            VERBATIM)
+        # As a source the stamp is made before anything of the target is compiled; as an
+        # autogen dependency it is made before moc reads the JSON file.
+        target_sources(${target} PRIVATE "${stamp}")
+        set_property(TARGET ${target} APPEND PROPERTY AUTOGEN_TARGET_DEPENDS "${stamp}")
+    endif()
 endfunction()
