@@ -1,1 +1,2 @@
-# dependencyordering tests
+# Tests of the dependency ordering of the load list.
+zelvane_add_test(zt_dependencysorting SOURCES tst_dependencysorting.cpp)
