@@ -1,0 +1,252 @@
+#!/usr/bin/env bash
+# Checks Zelvane as a packager and its users meet it.
+#
+#   check_package.sh install <source dir> <work dir> [<generator>]
+#       Configures the source tree without tests and examples in a scratch folder
+#       under <work dir>, builds and installs it into a scratch prefix, then checks
+#       the installed layout, the library's exported symbols, a host project built
+#       with find_package(Zelvane), and a plugin built with the installed
+#       zelvane_add_plugin() whose JSON file is edited between two builds.
+#   check_package.sh tree-exports <libZelvane.so of a BUILD_TESTING=ON tree>
+#       Checks that the tests' build of the library exports the internals they use.
+set -euo pipefail
+
+failures=0
+fail() {
+    echo "FAIL: $*" >&2
+    failures=$((failures + 1))
+}
+pass() {
+    echo "ok: $*"
+}
+
+# The library's dynamic symbols, demangled.
+exported_symbols() {
+    nm -DC --defined-only "$1"
+}
+
+check_tree_exports() {
+    local library=$1
+    local symbols
+    symbols=$(exported_symbols "$library")
+    local symbol
+    for symbol in 'Zelvane::PluginLoader::scan(QString const&)' \
+        'Zelvane::PluginLoader::load(QMap<QString, QString> const&)' \
+        'Zelvane::PluginData::scan()'; do
+        if grep -qF -- "$symbol" <<<"$symbols"; then
+            pass "the tests' library exports $symbol"
+        else
+            fail "the tests' library does not export $symbol"
+        fi
+    done
+}
+
+# The longest folder that contains both paths.
+common_folder() {
+    local a=$1/ b=$2/ prefix=""
+    while [[ $a == */* && $b == */* ]]; do
+        local head_a=${a%%/*} head_b=${b%%/*}
+        [[ $head_a == "$head_b" ]] || break
+        prefix+=$head_a/
+        a=${a#*/}
+        b=${b#*/}
+    done
+    prefix=${prefix%/}
+    echo "${prefix:-/}"
+}
+
+check_install() {
+    local source_dir work_root generator
+    source_dir=$(cd "$1" && pwd -P)
+    mkdir -p "$2"
+    work_root=$(cd "$2" && pwd -P)
+    generator=${3:-Ninja}
+    local tests_dir="$source_dir/tests/package"
+
+    # Global: the trap runs after this function has returned.
+    work=$(mktemp -d "$work_root/package.XXXXXX")
+    trap 'rm -rf "$work"' EXIT
+    local prefix="$work/prefix"
+
+    local cmake_options=(-G "$generator")
+    if command -v ccache >/dev/null 2>&1; then
+        cmake_options+=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+        # Paths relative to a folder that holds both trees and no folder name in the
+        # hash: every scratch build hits the cache of the one before.
+        CCACHE_BASEDIR=$(common_folder "$source_dir" "$work")
+        export CCACHE_BASEDIR
+        export CCACHE_NOHASHDIR=1
+    fi
+    local jobs=${ZELVANE_PACKAGE_JOBS:-2}
+
+    echo "== configure, build and install into $prefix"
+    cmake -S "$source_dir" -B "$work/build" "${cmake_options[@]}" \
+        -DBUILD_TESTING=OFF -DZELVANE_BUILD_EXAMPLES=OFF >"$work/configure.log" 2>&1 ||
+        { cat "$work/configure.log"; fail "configuring the tree"; return; }
+    cmake --build "$work/build" -j "$jobs" >"$work/build.log" 2>&1 ||
+        { cat "$work/build.log"; fail "building the tree"; return; }
+    cmake --install "$work/build" --prefix "$prefix" >"$work/install.log" 2>&1 ||
+        { cat "$work/install.log"; fail "installing the tree"; return; }
+
+    echo "== installed layout"
+    local library="$prefix/lib/libZelvane.so"
+    local path
+    for path in "$library" "$prefix/lib/libZelvane.so.1"; do
+        if [[ -L $path ]]; then pass "$path is a link"; else fail "$path is not a symbolic link"; fi
+    done
+    local real
+    real=$(readlink -f "$library")
+    if [[ -f $real && ! -L $real && $(basename "$real") == libZelvane.so.1.* ]]; then
+        pass "libZelvane.so resolves to $(basename "$real")"
+    else
+        fail "libZelvane.so resolves to $real"
+    fi
+    local soname
+    soname=$(objdump -p "$real" | awk '$1 == "SONAME" { print $2 }')
+    if [[ $soname == libZelvane.so.1 ]]; then pass "SONAME $soname"; else fail "SONAME is '$soname'"; fi
+
+    local header
+    for header in iplugin.h objectpool.h pluginargumentdescription.h plugincontroller.h \
+        pluginloader.h pluginscaterogies.h pluginsmodel.h IPlugin ObjectPool \
+        PluginArgumentDescription PluginController PluginLoader PluginsCaterogies \
+        PluginsModel zelvane_export.h; do
+        if [[ -f $prefix/include/zelvane/$header ]]; then
+            pass "include/zelvane/$header"
+        else
+            fail "include/zelvane/$header is not installed"
+        fi
+    done
+    local private_headers
+    private_headers=$(find "$prefix/include" -name '*_p.h')
+    if [[ -z $private_headers ]]; then pass "no private header installed"; else fail "private headers installed: $private_headers"; fi
+    if grep -q 'define ZELVANE_AUTOTEST_EXPORT *$' "$prefix/include/zelvane/zelvane_export.h"; then
+        pass "ZELVANE_AUTOTEST_EXPORT is empty in the installed export header"
+    else
+        fail "ZELVANE_AUTOTEST_EXPORT exports in the installed export header"
+    fi
+
+    local file
+    for file in ZelvaneConfig.cmake ZelvaneConfigVersion.cmake ZelvaneTargets.cmake \
+        ZelvaneMacros.cmake; do
+        if [[ -f $prefix/lib/cmake/Zelvane/$file ]]; then
+            pass "lib/cmake/Zelvane/$file"
+        else
+            fail "lib/cmake/Zelvane/$file is not installed"
+        fi
+    done
+    local pc="$prefix/lib/pkgconfig/zelvane.pc"
+    if [[ -f $pc ]]; then
+        pass "lib/pkgconfig/zelvane.pc"
+        if command -v pkg-config >/dev/null 2>&1; then
+            local version libdir
+            version=$(PKG_CONFIG_PATH="$prefix/lib/pkgconfig" pkg-config --modversion zelvane)
+            libdir=$(PKG_CONFIG_PATH="$prefix/lib/pkgconfig" pkg-config --variable=libdir zelvane)
+            [[ $version == 1.0.0 ]] && pass "pkg-config version $version" || fail "pkg-config version '$version'"
+            [[ $libdir == "$prefix/lib" ]] && pass "pkg-config libdir" || fail "pkg-config libdir '$libdir'"
+        fi
+    else
+        fail "lib/pkgconfig/zelvane.pc is not installed"
+    fi
+
+    echo "== exported symbols"
+    local symbols
+    symbols=$(exported_symbols "$real")
+    local class
+    for class in PluginController ObjectPool IPlugin PluginsModel PluginsCaterogies; do
+        if grep -q "Zelvane::$class::" <<<"$symbols"; then
+            pass "Zelvane::$class is exported"
+        else
+            fail "no symbol of Zelvane::$class is exported"
+        fi
+    done
+    for class in PluginLoader PluginData; do
+        local members
+        members=$(grep "Zelvane::$class::" <<<"$symbols" || true)
+        if [[ -z $members ]]; then
+            pass "no member of Zelvane::$class is exported"
+        else
+            fail "members of Zelvane::$class are exported:"$'\n'"$members"
+        fi
+    done
+
+    echo "== a host built with find_package(Zelvane)"
+    cp -r "$tests_dir/host" "$work/host"
+    local forwarding
+    for forwarding in IPlugin ObjectPool PluginArgumentDescription PluginController \
+        PluginLoader PluginsCaterogies PluginsModel; do
+        printf '#include <zelvane/%s>\n' "$forwarding" >"$work/host/header_$forwarding.cpp"
+    done
+    if cmake -S "$work/host" -B "$work/host-build" "${cmake_options[@]}" \
+        -DCMAKE_PREFIX_PATH="$prefix" >"$work/host.log" 2>&1 &&
+        cmake --build "$work/host-build" -j "$jobs" >>"$work/host.log" 2>&1; then
+        local output
+        output=$(QT_QPA_PLATFORM=offscreen "$work/host-build/host" 2>&1) || true
+        if [[ $output == "Zelvane::ObjectPool owned by Zelvane::PluginController" ]]; then
+            pass "the host runs: $output"
+        else
+            fail "the host printed '$output'"
+        fi
+        if ldd "$work/host-build/host" | grep -qF "$prefix/lib/libZelvane.so.1"; then
+            pass "the host uses the installed library"
+        else
+            fail "the host does not use $prefix/lib/libZelvane.so.1"
+        fi
+    else
+        cat "$work/host.log"
+        fail "building the host project"
+    fi
+
+    echo "== a plugin built with the installed zelvane_add_plugin()"
+    cp -r "$tests_dir/plugin" "$work/plugin"
+    local plugin="$work/plugin-build/libprobe.so"
+    if cmake -S "$work/plugin" -B "$work/plugin-build" "${cmake_options[@]}" \
+        -DCMAKE_PREFIX_PATH="$prefix" >"$work/plugin.log" 2>&1 &&
+        cmake --build "$work/plugin-build" -j "$jobs" >>"$work/plugin.log" 2>&1; then
+        local before after
+        before=$("$work/host-build/host" "$plugin" 2>&1) || true
+        if [[ $before == *'"Name":"ProbeBefore"'* ]]; then
+            pass "the plugin's metadata: $before"
+        else
+            fail "the plugin's metadata is '$before'"
+        fi
+        # Only the JSON file changes; nothing else would make moc run again.
+        sed -i 's/"ProbeBefore"/"ProbeAfter"/' "$work/plugin/probe.json"
+        if cmake --build "$work/plugin-build" -j "$jobs" >"$work/rebuild.log" 2>&1; then
+            after=$("$work/host-build/host" "$plugin" 2>&1) || true
+            if [[ $after == *'"Name":"ProbeAfter"'* ]]; then
+                pass "after editing the JSON file the rebuilt plugin says: $after"
+            else
+                fail "editing probe.json did not change the rebuilt plugin's metadata: '$after'"
+                echo "-- the rebuild ran:"
+                cat "$work/rebuild.log"
+            fi
+        else
+            cat "$work/rebuild.log"
+            fail "rebuilding the plugin after editing probe.json"
+        fi
+    else
+        cat "$work/plugin.log"
+        fail "building the plugin project"
+    fi
+}
+
+case ${1:-} in
+install)
+    shift
+    check_install "$@"
+    ;;
+tree-exports)
+    shift
+    check_tree_exports "$@"
+    ;;
+*)
+    echo "usage: $0 install <source dir> <work dir> [<generator>] | tree-exports <library>" >&2
+    exit 2
+    ;;
+esac
+
+if ((failures > 0)); then
+    echo "$failures check(s) failed" >&2
+    exit 1
+fi
+echo "every check passed"
