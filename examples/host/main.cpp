@@ -1,0 +1,256 @@
+// zelvane-demo: a Qt Widgets host of the example document editor plugins.
+//
+// The start-up is the one every Zelvane host follows: controller, IID, command line
+// (with the options that the plugins declare), settings, arguments, loadPlugins(), and
+// shutdown() before the end.
+
+#include "loadtracker.h"
+#include "mainwindow.h"
+#include "pluginsdialog.h"
+#ifdef ZELVANE_DEMO_QML
+#include "pluginspage.h"
+#include <QtQuick/QQuickWindow>
+#endif
+
+#include <zelvane/objectpool.h>
+#include <zelvane/plugincontroller.h>
+#include <zelvane/pluginscaterogies.h>
+#include <zelvane/pluginsmodel.h>
+
+#include <QtCore/QCommandLineParser>
+#include <QtCore/QDir>
+#include <QtCore/QFileInfo>
+#include <QtCore/QSettings>
+#include <QtCore/QTextStream>
+#include <QtGui/QImage>
+#include <QtWidgets/QApplication>
+#include <QtWidgets/QMessageBox>
+
+#include <cstring>
+#include <memory>
+
+namespace {
+
+const QString pluginIID = QStringLiteral("org.zelvane.DocumentEditor/1.0");
+
+// --list and --screenshot need no display: they run on the offscreen platform, which
+// also makes the screenshots the same on every machine.
+bool headlessRequested(int argc, char* argv[])
+{
+    for (int i = 1; i < argc; ++i) {
+        if (std::strcmp(argv[i], "--list") == 0 || std::strcmp(argv[i], "--screenshot") == 0
+            || std::strncmp(argv[i], "--screenshot=", 13) == 0)
+            return true;
+    }
+    return false;
+}
+
+QString joined(const QStringList& lines)
+{
+    return lines.isEmpty()
+        ? QStringLiteral("  (none)\n")
+        : QStringLiteral("  ") + lines.join(QStringLiteral("\n  ")) + QLatin1Char('\n');
+}
+
+// The load order, the plugins that are off or were left out, the pool and any error.
+void printList(QTextStream& out, const QDir& dir, const QString& settingsFile,
+               const ZelvaneDemo::LoadTracker& tracker, bool loaded)
+{
+    Zelvane::PluginController* controller = Zelvane::PluginController::instance();
+    out << "Plugins: " << dir.absolutePath() << '\n';
+    out << "Settings: " << settingsFile << '\n';
+
+    QStringList order;
+    for (const QString& name : tracker.loadOrder())
+        order.append(QStringLiteral("%1. %2").arg(order.size() + 1).arg(name));
+    out << "Load order:\n" << joined(order);
+
+    if (!loaded) {
+        out << "Error: " << controller->errorString() << '\n';
+        return;
+    }
+
+    // A ticked row that did not load is a second core plugin or a plugin whose
+    // dependencies could not be met; the model cannot say which of the latter, the
+    // inspector can.
+    Zelvane::PluginsCaterogies categories(nullptr);
+    const Zelvane::PluginsModel* model = controller->pluginsModel();
+    QStringList disabled;
+    QStringList skipped;
+    for (int row = 0; row < model->rowCount(); ++row) {
+        const QModelIndex index = model->index(row, 0);
+        const QString name = index.data(Zelvane::PluginsModel::NameRole).toString();
+        if (tracker.isLoaded(name))
+            continue;
+        if (!index.data(Zelvane::PluginsModel::CheckedRole).toBool())
+            disabled.append(name);
+        else if (index.data(Zelvane::PluginsModel::CategoryRole).toString()
+                 == categories.corePluginCategoryKey())
+            skipped.append(QObject::tr("%1: only one core plugin is loaded").arg(name));
+        else
+            skipped.append(QObject::tr("%1: its dependencies cannot be met "
+                                       "(zelvane-inspect tells why)")
+                               .arg(name));
+    }
+    out << "Disabled:\n" << joined(disabled);
+    out << "Skipped:\n" << joined(skipped);
+
+    QStringList objects;
+    for (QObject* obj : controller->pool()->allObjects()) {
+        if (!obj)
+            continue;
+        QString line = tracker.publisher(obj);
+        line += (line.isEmpty() ? QString() : QStringLiteral(": "))
+            + QString::fromLatin1(obj->metaObject()->className());
+        if (!obj->objectName().isEmpty())
+            line += QStringLiteral(" \"%1\"").arg(obj->objectName());
+        objects.append(line);
+    }
+    out << "Objects in the pool:\n" << joined(objects);
+}
+
+bool writeScreenshot(const QString& fileName, bool qmlPage, QString* error)
+{
+    Zelvane::PluginsModel* model = Zelvane::PluginController::instance()->pluginsModel();
+    QImage image;
+    if (qmlPage) {
+#ifdef ZELVANE_DEMO_QML
+        ZelvaneDemo::PluginsPage page(model);
+        if (!page.errorText().isEmpty()) {
+            *error = page.errorText();
+            return false;
+        }
+        page.show();
+        image = page.grabWindow();
+#else
+        *error = QObject::tr("this demo was built without Qt Quick");
+        return false;
+#endif
+    } else {
+        ZelvaneDemo::PluginsDialog dialog(model);
+        dialog.show();
+        QCoreApplication::processEvents();
+        image = dialog.grab().toImage();
+    }
+    if (image.isNull() || !image.save(fileName, "PNG")) {
+        *error = QObject::tr("cannot write %1").arg(fileName);
+        return false;
+    }
+    return true;
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    const bool headless = headlessRequested(argc, argv);
+    if (headless)
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication app(argc, argv);
+    QApplication::setOrganizationName(QStringLiteral("Zelvane"));
+    QApplication::setApplicationName(QStringLiteral("zelvane-demo"));
+#ifdef ZELVANE_DEMO_QML
+    // The offscreen platform has no GPU context; Qt Quick's software renderer draws
+    // the page there.
+    if (headless)
+        QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+#endif
+
+    Zelvane::PluginController* controller = Zelvane::PluginController::instance();
+    controller->setPluginIID(pluginIID);
+
+    // The plugins' own options depend on the plugin folder, which is itself an option:
+    // read it first, leniently, then build the real parser.
+    const QCommandLineOption pluginsOption(
+        QStringLiteral("plugins"),
+        QObject::tr("Load the plugins in DIR (default: the example plugins, %1).")
+            .arg(QStringLiteral(ZELVANE_DEMO_PLUGIN_DIR)),
+        QStringLiteral("DIR"), QStringLiteral(ZELVANE_DEMO_PLUGIN_DIR));
+    QCommandLineParser folderParser;
+    folderParser.addOption(pluginsOption);
+    folderParser.parse(QCoreApplication::arguments());
+    const QDir pluginDir(folderParser.value(pluginsOption));
+
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        QObject::tr("Hosts the Zelvane example plugins and shows their settings screen."));
+    parser.addHelpOption();
+    const QCommandLineOption settingsOption(
+        QStringLiteral("settings"),
+        QObject::tr("Keep the plugin selection in the INI file FILE (default: %1).")
+            .arg(QSettings(QSettings::IniFormat, QSettings::UserScope,
+                           QCoreApplication::organizationName(),
+                           QCoreApplication::applicationName())
+                     .fileName()),
+        QStringLiteral("FILE"));
+    const QCommandLineOption listOption(
+        QStringLiteral("list"),
+        QObject::tr("Print the load order, the disabled and skipped plugins and any error, "
+                    "then exit."));
+    const QCommandLineOption screenshotOption(
+        QStringLiteral("screenshot"),
+        QObject::tr("Render the plugins dialog (with --qml: the QML page) to the PNG file "
+                    "FILE, then exit."),
+        QStringLiteral("FILE"));
+    const QCommandLineOption qmlOption(
+        QStringLiteral("qml"), QObject::tr("Use the QML plugins page instead of the dialog."));
+    parser.addOptions({ pluginsOption, settingsOption, listOption, screenshotOption, qmlOption });
+
+    const QList<QCommandLineOption> pluginOptions = controller->pluginsOptions(pluginDir);
+    for (const QCommandLineOption& option : pluginOptions) {
+        if (!parser.addOption(option))
+            qWarning().noquote() << QObject::tr("zelvane-demo: two plugins declare the option --%1")
+                                        .arg(option.names().constFirst());
+    }
+    parser.process(app);
+
+    // Every plugin receives the whole map: the plugin options given on the command
+    // line, with their values; a switch has an empty value.
+    QMap<QString, QString> arguments;
+    for (const QCommandLineOption& option : pluginOptions) {
+        const QString name = option.names().constFirst();
+        if (parser.isSet(name))
+            arguments.insert(name, parser.value(name));
+    }
+
+    std::unique_ptr<QSettings> settings = parser.isSet(settingsOption)
+        ? std::make_unique<QSettings>(parser.value(settingsOption), QSettings::IniFormat)
+        : std::make_unique<QSettings>(QSettings::IniFormat, QSettings::UserScope,
+                                      QCoreApplication::organizationName(),
+                                      QCoreApplication::applicationName());
+    controller->setSettings(settings.get());
+    controller->setArguments(arguments);
+
+    ZelvaneDemo::LoadTracker tracker(pluginDir, pluginIID, controller->pool());
+    const bool loaded = controller->loadPlugins(pluginDir);
+    tracker.finish();
+    const QString settingsFile = QFileInfo(settings->fileName()).absoluteFilePath();
+
+    int status = 0;
+    if (parser.isSet(listOption)) {
+        QTextStream out(stdout);
+        printList(out, pluginDir, settingsFile, tracker, loaded);
+    }
+    if (!loaded) {
+        QTextStream(stderr) << "zelvane-demo: " << controller->errorString() << Qt::endl;
+        if (!headless)
+            QMessageBox::critical(
+                nullptr, QObject::tr("Zelvane demo"),
+                QObject::tr("The plugins could not be loaded:\n%1").arg(controller->errorString()));
+        status = 1;
+    } else if (parser.isSet(screenshotOption)) {
+        QString error;
+        if (!writeScreenshot(parser.value(screenshotOption), parser.isSet(qmlOption), &error)) {
+            QTextStream(stderr) << "zelvane-demo: " << error << Qt::endl;
+            status = 1;
+        }
+    } else if (!headless) {
+        ZelvaneDemo::MainWindow window(&tracker, settingsFile, parser.isSet(qmlOption));
+        window.show();
+        status = app.exec();
+    }
+
+    // Plugins go before the application object and the settings they may still use.
+    controller->shutdown();
+    return status;
+}

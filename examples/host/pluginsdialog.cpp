@@ -1,0 +1,45 @@
+#include "pluginsdialog.h"
+
+#include <QtWidgets/QDialogButtonBox>
+#include <QtWidgets/QHeaderView>
+#include <QtWidgets/QLabel>
+#include <QtWidgets/QTableView>
+#include <QtWidgets/QVBoxLayout>
+
+namespace ZelvaneDemo {
+
+PluginsDialog::PluginsDialog(QAbstractItemModel* model, QWidget* parent)
+    : QDialog(parent)
+    , m_view(new QTableView(this))
+{
+    setWindowTitle(tr("Plugins"));
+
+    auto* note = new QLabel(
+        tr("Ticking a plugin also ticks the plugins it needs; clearing it clears the plugins "
+           "that need it. Exactly one core plugin (in italics) is used. "
+           "Changes apply at the next start."),
+        this);
+    note->setWordWrap(true);
+
+    m_view->setModel(model);
+    m_view->setSelectionBehavior(QAbstractItemView::SelectRows);
+    m_view->setSelectionMode(QAbstractItemView::SingleSelection);
+    m_view->setShowGrid(false);
+    m_view->setWordWrap(false);
+    m_view->verticalHeader()->hide();
+    m_view->horizontalHeader()->setStretchLastSection(true);
+    m_view->horizontalHeader()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
+    // Every accepted tick resets the model, which would drop the column widths.
+    connect(model, &QAbstractItemModel::modelReset, m_view, &QTableView::resizeColumnsToContents);
+
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(note);
+    layout->addWidget(m_view, 1);
+    layout->addWidget(buttons);
+    resize(640, 360);
+}
+
+} // namespace ZelvaneDemo
