@@ -9,7 +9,7 @@ zelvane_add_test(tst_plugincontroller SOURCES tst_plugincontroller.cpp
         pluginIidOnFreshController
         settingsRoundTrip
         pluginIidRoundTrip
-        metaObject
+        controllerMetaObject
         errorStringAfterFailedLoad
         errorStringOfFailingPlugin
         argumentsTakeEffectAtNextLoad)

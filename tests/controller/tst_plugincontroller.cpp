@@ -46,7 +46,7 @@ private Q_SLOTS:
 
     void settingsRoundTrip();
     void pluginIidRoundTrip();
-    void metaObject();
+    void controllerMetaObject();
     void errorStringAfterFailedLoad();
     void errorStringOfFailingPlugin();
     void argumentsTakeEffectAtNextLoad();
@@ -129,7 +129,7 @@ void tst_PluginController::pluginIidRoundTrip()
     QCOMPARE(controller->pluginIID(), QString());
 }
 
-void tst_PluginController::metaObject()
+void tst_PluginController::controllerMetaObject()
 {
     const QMetaObject* meta = PluginController::instance()->metaObject();
     const QMetaObject& base = QObject::staticMetaObject;
@@ -215,6 +215,6 @@ void tst_PluginController::argumentsTakeEffectAtNextLoad()
     QCOMPARE(cores.at(1)->property("arguments").toMap(), secondMap);
 }
 
-QTEST_MAIN(tst_PluginController)
+QTEST_GUILESS_MAIN(tst_PluginController)
 
 #include "tst_plugincontroller.moc"

@@ -265,21 +265,23 @@ void tst_PluginLoader::errorTextIsNeverCleared()
 void tst_PluginLoader::libraryCannotBeLoaded()
 {
     // The library references a symbol that nothing defines: the dynamic loader refuses
-    // it, and the handle keeps Qt's own text.
+    // it, and the handle keeps Qt's own text. Qt's plugin loader is asked about another
+    // copy, since Qt shares its record of one file between loaders.
+    const QString reference = copy(QStringLiteral("zt_plugin_unresolved"));
+    QPluginLoader qt(reference);
+    QVERIFY(!qt.load());
+    const QString qtText = qt.errorString();
+    QVERIFY2(qtText.contains(QStringLiteral("zelvane_test_symbol_that_nothing_defines")),
+             qPrintable(qtText));
+
     const QString fileName = copy(QStringLiteral("zt_plugin_unresolved"));
     PluginLoader plugin;
     QVERIFY(plugin.scan(fileName));
     QCOMPARE(plugin.load({}), false);
+    QCOMPARE(plugin.errorString(), QString(qtText).replace(reference, fileName));
     QCOMPARE(plugin.loaded(), false);
     QCOMPARE(plugin.instance(), nullptr);
     QCOMPARE(ZelvaneTest::events(), QStringList());
-
-    QPluginLoader qt(fileName);
-    QVERIFY(!qt.load());
-    QCOMPARE(plugin.errorString(), qt.errorString());
-    QVERIFY2(
-        plugin.errorString().contains(QStringLiteral("zelvane_test_symbol_that_nothing_defines")),
-        qPrintable(plugin.errorString()));
 }
 
 void tst_PluginLoader::loadTwiceInitialisesTwice()

@@ -44,16 +44,6 @@ const QString iidMismatch = QStringLiteral("%1 plugin ignored (IID does not matc
 const QString noMetadata = QStringLiteral("The file \"%1\" has no plugin metadata");
 const QString noName = QStringLiteral("The plugin \"%1\" has no name property in metadata");
 
-QJsonObject jsonObject(const char* text)
-{
-    return QJsonDocument::fromJson(QByteArray(text)).object();
-}
-
-QJsonArray jsonArray(const char* text)
-{
-    return QJsonDocument::fromJson(QByteArray(text)).array();
-}
-
 } // namespace
 
 class tst_PluginMetadata : public QObject
@@ -130,8 +120,9 @@ void tst_PluginMetadata::scanFile_data()
         << "zt_plugin_otheriid" << false << iidMismatch << QString();
     QTest::newRow("the host's IID in other letter case")
         << "zt_plugin_caseiid" << false << iidMismatch << QString();
-    QTest::newRow("an empty IID while the host has one")
-        << "zt_plugin_emptyiid" << false << iidMismatch << QString();
+    // moc writes no plugin metadata at all for a class declared with an empty IID.
+    QTest::newRow("an IID declared empty")
+        << "zt_plugin_emptyiid" << false << noStringIid << QString();
     QTest::newRow("no MetaData at all")
         << "zt_plugin_nometadata" << false << noMetadata << QString();
     QTest::newRow("MetaData an empty object")
@@ -189,10 +180,11 @@ void tst_PluginMetadata::scanWithEmptyHostIid_data()
     QTest::addColumn<bool>("accepted");
     QTest::addColumn<QString>("error");
 
-    QTest::newRow("an empty IID is accepted") << "zt_plugin_emptyiid" << true << QString();
     QTest::newRow("the test host's IID is ignored") << "zt_plugin_minimal" << false << iidMismatch;
     QTest::newRow("another host's IID is ignored") << "zt_plugin_otheriid" << false << iidMismatch;
     QTest::newRow("no IID at all is still no plugin") << "zt_notaplugin" << false << noStringIid;
+    QTest::newRow("an IID declared empty is still no plugin")
+        << "zt_plugin_emptyiid" << false << noStringIid;
 }
 
 void tst_PluginMetadata::scanWithEmptyHostIid()
@@ -309,6 +301,7 @@ void tst_PluginMetadata::refusedRecordKeepsWhatWasRead()
 
 void tst_PluginMetadata::validateIid_data()
 {
+    QTest::addColumn<QString>("hostIid");
     QTest::addColumn<QJsonObject>("metaData");
     QTest::addColumn<bool>("valid");
     QTest::addColumn<QString>("error");
@@ -319,26 +312,44 @@ void tst_PluginMetadata::validateIid_data()
                              { QStringLiteral("MetaData"), metaData } };
     };
 
-    QTest::newRow("IID absent") << QJsonObject { { QStringLiteral("MetaData"), metaData } } << false
+    QTest::newRow("IID absent") << testIid
+                                << QJsonObject { { QStringLiteral("MetaData"), metaData } } << false
                                 << noStringIid;
-    QTest::newRow("IID a number") << withIid(42) << false << noStringIid;
-    QTest::newRow("IID null") << withIid(QJsonValue::Null) << false << noStringIid;
-    QTest::newRow("IID a boolean") << withIid(true) << false << noStringIid;
-    QTest::newRow("IID an array") << withIid(QJsonArray { testIid }) << false << noStringIid;
+    QTest::newRow("IID a number") << testIid << withIid(42) << false << noStringIid;
+    QTest::newRow("IID null") << testIid << withIid(QJsonValue::Null) << false << noStringIid;
+    QTest::newRow("IID a boolean") << testIid << withIid(true) << false << noStringIid;
+    QTest::newRow("IID an array") << testIid << withIid(QJsonArray { testIid }) << false
+                                  << noStringIid;
     QTest::newRow("IID an object")
-        << withIid(QJsonObject { { QStringLiteral("IID"), testIid } }) << false << noStringIid;
-    QTest::newRow("IID in other letter case") << withIid(testIid.toUpper()) << false << iidMismatch;
+        << testIid << withIid(QJsonObject { { QStringLiteral("IID"), testIid } }) << false
+        << noStringIid;
+    QTest::newRow("IID in other letter case")
+        << testIid << withIid(testIid.toUpper()) << false << iidMismatch;
     QTest::newRow("IID with a trailing blank")
-        << withIid(testIid + QLatin1Char(' ')) << false << iidMismatch;
-    QTest::newRow("IID equal") << withIid(testIid) << true << QString();
+        << testIid << withIid(testIid + QLatin1Char(' ')) << false << iidMismatch;
+    QTest::newRow("IID empty") << testIid << withIid(QString()) << false << iidMismatch;
+    QTest::newRow("IID equal") << testIid << withIid(testIid) << true << QString();
+
+    // A host that sets no identifier accepts only plugins whose IID is empty.
+    QTest::newRow("no host IID, IID empty") << QString() << withIid(QString()) << true << QString();
+    QTest::newRow("no host IID, IID set") << QString() << withIid(testIid) << false << iidMismatch;
+    QTest::newRow("no host IID, IID a blank")
+        << QString() << withIid(QStringLiteral(" ")) << false << iidMismatch;
+    QTest::newRow("no host IID, IID null")
+        << QString() << withIid(QJsonValue::Null) << false << noStringIid;
+    QTest::newRow("no host IID, IID absent")
+        << QString() << QJsonObject { { QStringLiteral("MetaData"), metaData } } << false
+        << noStringIid;
 }
 
 void tst_PluginMetadata::validateIid()
 {
+    QFETCH(QString, hostIid);
     QFETCH(QJsonObject, metaData);
     QFETCH(bool, valid);
     QFETCH(QString, error);
 
+    PluginController::instance()->setPluginIID(hostIid);
     const QString fileName = copy(QStringLiteral("zt_plugin_minimal"));
     PluginData data(fileName);
     QCOMPARE(data.loader.fileName(), fileName);
@@ -519,10 +530,13 @@ void tst_PluginMetadata::scanningRunsNoPluginCode()
     QVERIFY(plugin.scan(fileName));
     QCOMPARE(plugin.name(), QStringLiteral("StaticInit"));
 
-    // And the whole plugin folder, accepted or refused, read twice.
+    // And every plugin of these tests, accepted or refused, straight from the folder
+    // they were built in.
     const QDir plugins(QStringLiteral(ZELVANE_TEST_PLUGIN_DIR));
-    const QStringList files = plugins.entryList({ QStringLiteral("*.so") }, QDir::Files);
-    QVERIFY(files.contains(QStringLiteral("libzt_plugin_full.so")));
+    const QStringList files = plugins.entryList(
+        { QStringLiteral("libzt_plugin_*.so"), QStringLiteral("libzt_notaplugin.so") },
+        QDir::Files);
+    QVERIFY2(files.size() > 20, qPrintable(files.join(u',')));
     for (const QString& file : files) {
         PluginLoader other;
         other.scan(plugins.absoluteFilePath(file));

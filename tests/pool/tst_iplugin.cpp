@@ -40,7 +40,7 @@ private Q_SLOTS:
     void initTestCase();
     void init();
 
-    void staticMetaObject();
+    void ownMetaObject();
     void metaObjectFunctionsOfIPlugin();
     void metaCallPassesToQObject();
     void metaCastOnRootObject();
@@ -74,7 +74,7 @@ QString tst_IPlugin::copy(const QString& target)
     return folder + QStringLiteral("/lib") + target + QStringLiteral(".so");
 }
 
-void tst_IPlugin::staticMetaObject()
+void tst_IPlugin::ownMetaObject()
 {
     const QMetaObject& meta = IPlugin::staticMetaObject;
     const QMetaObject& base = QObject::staticMetaObject;
