@@ -43,6 +43,8 @@ QString skipReason(const Candidate& candidate, const Candidate* chosenCore,
                    const QList<PluginFile>& files)
 {
     const QString category = candidate.plugin.category();
+    if (!chosenCore && (category == coreKey || category == extensionKey))
+        return QObject::tr("nothing is loaded without a Core plugin");
     if (category == coreKey)
         return QObject::tr("only one Core plugin is loaded, and %1 is chosen")
             .arg(quoted(chosenCore->name()));
@@ -209,12 +211,19 @@ Inspection inspect(const QString& directory, const QString& iid, QSettings* sett
 
     // The selection: the first enabled Core plugin, or the first one if none is enabled,
     // then every enabled Extension plugin.
+    // Listed by name: the discovery order within a category follows the file system.
+    const auto sortedByName = [](QList<Entry>& entries) {
+        std::sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {
+            return a.name != b.name ? a.name < b.name : a.fileName < b.fileName;
+        });
+    };
     const QList<Candidate> cores = state.discovered.values(coreKey);
     if (cores.isEmpty()) {
         inspection.error = QObject::tr("The Core plugin is not found");
         for (const Candidate& candidate : state.discovered)
             inspection.notLoaded.append(
                 entry(candidate, skipReason(candidate, nullptr, inspection.files)));
+        sortedByName(inspection.notLoaded);
         return inspection;
     }
     auto chosen = std::find_if(cores.cbegin(), cores.cend(), [&](const Candidate& candidate) {
@@ -235,6 +244,7 @@ Inspection inspect(const QString& directory, const QString& iid, QSettings* sett
             inspection.notLoaded.append(
                 entry(candidate, skipReason(candidate, &*chosen, inspection.files)));
     }
+    sortedByName(inspection.notLoaded);
 
     const QList<Candidate> beforeOrdering = loadList;
     Zelvane::dependecySorting(loadList);
