@@ -14,7 +14,6 @@
 #include <zelvane/pluginsmodel.h>
 
 #include <QtCore/QPointer>
-#include <QtTest/QAbstractItemModelTester>
 #include <QtTest/QTest>
 
 using namespace LoadingTest;
@@ -139,13 +138,14 @@ void tst_LoadPlugins::coreChoice()
     QCOMPARE(ZelvaneTest::events(), initializeEvents({ cores.at(loaded) }));
     // Both core plugins have a row, in discovery order.
     QVERIFY(controller->pluginsModel());
-    QAbstractItemModelTester tester(controller->pluginsModel());
+    QCOMPARE(modelTesterComplaints(controller->pluginsModel()), QStringList());
     QCOMPARE(controller->pluginsModel()->rowCount(), 2);
     QCOMPARE(controller->pluginsModel()->index(0, 0).data().toString(), cores.at(0));
     QCOMPARE(controller->pluginsModel()->index(1, 0).data().toString(), cores.at(1));
 
     controller->shutdown();
-    QCOMPARE(ZelvaneTest::events(), initializeEvents({ cores.at(loaded) }) + destroyEvents({ cores.at(loaded) }));
+    QCOMPARE(ZelvaneTest::events(),
+             initializeEvents({ cores.at(loaded) }) + destroyEvents({ cores.at(loaded) }));
 }
 
 void tst_LoadPlugins::disabledExtensionsAreNotLoaded()
@@ -168,7 +168,7 @@ void tst_LoadPlugins::disabledExtensionsAreNotLoaded()
     // The disabled extensions still have their (clear) rows on the settings screen.
     Zelvane::PluginsModel* model = controller->pluginsModel();
     QVERIFY(model);
-    QAbstractItemModelTester tester(model);
+    QCOMPARE(modelTesterComplaints(model), QStringList());
     QStringList expectedRows { "Alpha=on" };
     for (const QString& name : extensions)
         expectedRows.append(name + (name == QLatin1String("Notes") ? "=on" : "=off"));
@@ -195,7 +195,7 @@ void tst_LoadPlugins::otherCategoriesAreNeverLoaded()
     QCOMPARE(ZelvaneTest::events(), initializeEvents({ "Alpha" }));
     QCOMPARE(ZelvaneTest::staticInitialised(), QStringList({ "Alpha" }));
     QVERIFY(controller->pluginsModel());
-    QAbstractItemModelTester tester(controller->pluginsModel());
+    QCOMPARE(modelTesterComplaints(controller->pluginsModel()), QStringList());
     QCOMPARE(modelRows(controller->pluginsModel()), QStringList({ "Alpha=on" }));
 
     controller->shutdown();
@@ -256,7 +256,7 @@ void tst_LoadPlugins::dependencyOnDisabledExtensionDropsThePlugin()
     QCOMPARE(ZelvaneTest::staticInitialised(), QStringList({ "Alpha", "Notes" }));
     // The model still shows both: Preview ticked as chosen, Outline clear.
     QVERIFY(controller->pluginsModel());
-    QAbstractItemModelTester tester(controller->pluginsModel());
+    QCOMPARE(modelTesterComplaints(controller->pluginsModel()), QStringList());
     QStringList expectedRows { "Alpha=on" };
     const QStringList extensions
         = discoveryOrder(scenario.pluginDir(), QStringLiteral("Extension"));
@@ -287,7 +287,8 @@ void tst_LoadPlugins::stuckOrderingDropsOnlyThePluginAtTheBoundary()
 
     controller->shutdown();
     QCOMPARE(ZelvaneTest::events(),
-             initializeEvents({ "Alpha", extensions.at(1) }) + destroyEvents({ extensions.at(1), "Alpha" }));
+             initializeEvents({ "Alpha", extensions.at(1) })
+                 + destroyEvents({ extensions.at(1), "Alpha" }));
 }
 
 void tst_LoadPlugins::failureInTheMiddle()
@@ -332,7 +333,7 @@ void tst_LoadPlugins::failedLoadKeepsTheModel()
     QCOMPARE(controller->loadPlugins(QDir(first.pluginDir())), true);
     const QPointer<Zelvane::PluginsModel> model = controller->pluginsModel();
     QVERIFY(model);
-    QAbstractItemModelTester tester(model);
+    QCOMPARE(modelTesterComplaints(model), QStringList());
 
     controller->setArguments({ { QStringLiteral("Notes/fail"), QStringLiteral("no notebook") } });
     QCOMPARE(controller->loadPlugins(QDir(second.pluginDir())), false);
@@ -381,6 +382,8 @@ void tst_LoadPlugins::laterSuccessKeepsTheErrorText()
     QCOMPARE(controller->errorString(), error);
     QCOMPARE(initializedNames().last(), QStringLiteral("Beta"));
     QVERIFY(controller->pluginsModel());
+    QCOMPARE(modelTesterComplaints(controller->pluginsModel()), QStringList());
+    QCOMPARE(modelRows(controller->pluginsModel()), QStringList({ "Beta=on" }));
 
     controller->shutdown();
 }
@@ -405,7 +408,7 @@ void tst_LoadPlugins::secondLoadAppends()
     // The new model describes the second folder; the first one is gone.
     QVERIFY(firstModel.isNull());
     QVERIFY(controller->pluginsModel());
-    QAbstractItemModelTester tester(controller->pluginsModel());
+    QCOMPARE(modelTesterComplaints(controller->pluginsModel()), QStringList());
     QCOMPARE(modelRows(controller->pluginsModel()), QStringList({ "Beta=on", "Tags=on" }));
 
     // Both loads are in the one list: shutdown() unloads all four, newest first.

@@ -50,7 +50,8 @@ QStringList declaredBy(const QString& plugin)
         { QStringLiteral("Twice"),
           { QStringLiteral("verbose <> More output []"),
             QStringLiteral("verbose <level> Output level []") } },
-        { QStringLiteral("Sidebar"), { QStringLiteral("sidebar-width <pixels> Width of the sidebar []") } },
+        { QStringLiteral("Sidebar"),
+          { QStringLiteral("sidebar-width <pixels> Width of the sidebar []") } },
     };
     return declared.value(plugin);
 }
@@ -141,11 +142,11 @@ void tst_PluginsOptions::declaredOptions_data()
         << QStringList { "zt_loading_editor", "zt_loading_export" } << QByteArray() << 4;
     QTest::newRow("same name twice in one plugin")
         << QStringList { "zt_loading_twice" } << QByteArray() << 2;
-    QTest::newRow("every plugin")
-        << QStringList { "zt_loading_sidebar", "zt_loading_export", "zt_loading_editor",
-                         "zt_loading_spelling", "zt_loading_twice", "zt_loading_plain",
-                         "zt_loading_bare",  "zt_loading_foreign" }
-        << QByteArray("[plugin]\nSpelling=false\nEditor=false\n") << 9;
+    QTest::newRow("every plugin") << QStringList { "zt_loading_sidebar", "zt_loading_export",
+                                                   "zt_loading_editor",  "zt_loading_spelling",
+                                                   "zt_loading_twice",   "zt_loading_plain",
+                                                   "zt_loading_bare",    "zt_loading_foreign" }
+                                  << QByteArray("[plugin]\nSpelling=false\nEditor=false\n") << 9;
 }
 
 void tst_PluginsOptions::declaredOptions()
@@ -160,7 +161,8 @@ void tst_PluginsOptions::declaredOptions()
     const QStringList keysBefore = scenario.settings()->allKeys();
     PluginController* controller = PluginController::instance();
 
-    const QList<QCommandLineOption> options = controller->pluginsOptions(QDir(scenario.pluginDir()));
+    const QList<QCommandLineOption> options
+        = controller->pluginsOptions(QDir(scenario.pluginDir()));
 
     const QStringList expected = expectedOptions(scenario.pluginDir());
     QCOMPARE(expected.size(), count);
@@ -201,7 +203,8 @@ void tst_PluginsOptions::parsedOptionsReachInitialize()
     QVERIFY(scenario.create({ "zt_loading_editor", "zt_loading_spelling" }));
     scenario.configureController();
     PluginController* controller = PluginController::instance();
-    const QList<QCommandLineOption> options = controller->pluginsOptions(QDir(scenario.pluginDir()));
+    const QList<QCommandLineOption> options
+        = controller->pluginsOptions(QDir(scenario.pluginDir()));
 
     QCommandLineParser parser;
     QVERIFY(parser.addOptions(options));
