@@ -40,6 +40,15 @@ QObject* findPublished(Zelvane::ObjectPool* pool, const QString& objectName)
     return nullptr;
 }
 
+void printArguments(const QMap<QString, QString>& arguments)
+{
+    QStringList given;
+    for (auto it = arguments.cbegin(); it != arguments.cend(); ++it)
+        given.append(it.value().isEmpty() ? it.key() : it.key() + QLatin1Char('=') + it.value());
+    out() << "Plugin arguments: "
+          << (given.isEmpty() ? QStringLiteral("none") : given.join(QLatin1Char(' '))) << Qt::endl;
+}
+
 // The selection screen's data, as text: "[x]" for a plugin that is switched on.
 // Core plugins first, then extensions, each by name: the model itself keeps the order
 // in which the file system happened to list the plugin files.
@@ -138,11 +147,7 @@ int main(int argc, char* argv[])
                              option.valueName().isEmpty() ? QString() : parser.value(option));
     }
     controller->setArguments(arguments);
-    QStringList given;
-    for (auto it = arguments.cbegin(); it != arguments.cend(); ++it)
-        given.append(it.value().isEmpty() ? it.key() : it.key() + QLatin1Char('=') + it.value());
-    out() << "Plugin arguments: "
-          << (given.isEmpty() ? QStringLiteral("none") : given.join(QLatin1Char(' '))) << Qt::endl;
+    printArguments(arguments);
 
     // 5. Load. On failure the plugins loaded before the failing one are still loaded.
     if (!controller->loadPlugins(pluginDir)) {
