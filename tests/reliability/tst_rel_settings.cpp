@@ -1,0 +1,7 @@
+#include <QtTest/QtTest>
+class S : public QObject
+{
+    Q_OBJECT
+};
+QTEST_MAIN(S)
+#include "tst_rel_settings.moc"
