@@ -142,7 +142,9 @@ check_install() {
             version=$(PKG_CONFIG_PATH="$prefix/lib/pkgconfig" pkg-config --modversion zelvane)
             libdir=$(PKG_CONFIG_PATH="$prefix/lib/pkgconfig" pkg-config --variable=libdir zelvane)
             [[ $version == 1.0.0 ]] && pass "pkg-config version $version" || fail "pkg-config version '$version'"
-            [[ $libdir == "$prefix/lib" ]] && pass "pkg-config libdir" || fail "pkg-config libdir '$libdir'"
+            # The file may name its folders relative to itself (${pcfiledir}).
+            [[ $(realpath -m "$libdir") == "$prefix/lib" ]] && pass "pkg-config libdir $libdir" ||
+                fail "pkg-config libdir '$libdir' is not $prefix/lib"
         fi
     else
         fail "lib/pkgconfig/zelvane.pc is not installed"
@@ -186,10 +188,12 @@ check_install() {
         else
             fail "the host printed '$output'"
         fi
-        if ldd "$work/host-build/host" | grep -qF "$prefix/lib/libZelvane.so.1"; then
+        local used
+        used=$(ldd "$work/host-build/host" | awk '$1 == "libZelvane.so.1" { print $3 }')
+        if [[ $(realpath -m "$used") == "$prefix/lib/libZelvane.so.1.0.0" ]]; then
             pass "the host uses the installed library"
         else
-            fail "the host does not use $prefix/lib/libZelvane.so.1"
+            fail "the host uses '$used', not $prefix/lib/libZelvane.so.1"
         fi
     else
         cat "$work/host.log"
