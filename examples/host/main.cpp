@@ -26,8 +26,10 @@
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QMessageBox>
 
+#include <algorithm>
 #include <cstring>
 #include <memory>
+#include <tuple>
 
 namespace {
 
@@ -72,25 +74,42 @@ void printList(QTextStream& out, const QDir& dir, const QString& settingsFile,
 
     // A ticked row that did not load is a second core plugin or a plugin whose
     // dependencies could not be met; the model cannot say which of the latter, the
-    // inspector can.
+    // inspector can. Core plugins come first, then the rest by name: the model's order
+    // within a category follows the file system's listing, which differs between machines.
+    struct Row
+    {
+        bool extension;
+        QString name;
+        bool checked;
+        bool operator<(const Row& other) const
+        {
+            return std::tie(extension, name) < std::tie(other.extension, other.name);
+        }
+    };
     Zelvane::PluginsCaterogies categories(nullptr);
     const Zelvane::PluginsModel* model = controller->pluginsModel();
-    QStringList disabled;
-    QStringList skipped;
+    QList<Row> rows;
     for (int row = 0; row < model->rowCount(); ++row) {
         const QModelIndex index = model->index(row, 0);
-        const QString name = index.data(Zelvane::PluginsModel::NameRole).toString();
-        if (tracker.isLoaded(name))
+        rows.append({ index.data(Zelvane::PluginsModel::CategoryRole).toString()
+                          != categories.corePluginCategoryKey(),
+                      index.data(Zelvane::PluginsModel::NameRole).toString(),
+                      index.data(Zelvane::PluginsModel::CheckedRole).toBool() });
+    }
+    std::sort(rows.begin(), rows.end());
+    QStringList disabled;
+    QStringList skipped;
+    for (const Row& row : std::as_const(rows)) {
+        if (tracker.isLoaded(row.name))
             continue;
-        if (!index.data(Zelvane::PluginsModel::CheckedRole).toBool())
-            disabled.append(name);
-        else if (index.data(Zelvane::PluginsModel::CategoryRole).toString()
-                 == categories.corePluginCategoryKey())
-            skipped.append(QObject::tr("%1: only one core plugin is loaded").arg(name));
+        if (!row.checked)
+            disabled.append(row.name);
+        else if (!row.extension)
+            skipped.append(QObject::tr("%1: only one core plugin is loaded").arg(row.name));
         else
             skipped.append(QObject::tr("%1: its dependencies cannot be met "
                                        "(zelvane-inspect tells why)")
-                               .arg(name));
+                               .arg(row.name));
     }
     out << "Disabled:\n" << joined(disabled);
     out << "Skipped:\n" << joined(skipped);

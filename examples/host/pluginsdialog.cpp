@@ -3,6 +3,7 @@
 #include <QtWidgets/QDialogButtonBox>
 #include <QtWidgets/QHeaderView>
 #include <QtWidgets/QLabel>
+#include <QtWidgets/QPushButton>
 #include <QtWidgets/QTableView>
 #include <QtWidgets/QVBoxLayout>
 
@@ -34,12 +35,15 @@ PluginsDialog::PluginsDialog(QAbstractItemModel* model, QWidget* parent)
 
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    // With the focus in the table its first cell would look selected; ticking is a click
+    // or the space bar once the user goes there.
+    buttons->button(QDialogButtonBox::Close)->setFocus();
 
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(note);
     layout->addWidget(m_view, 1);
     layout->addWidget(buttons);
-    resize(640, 360);
+    resize(640, 400);
 }
 
 } // namespace ZelvaneDemo

@@ -17,7 +17,7 @@ PluginsPage::PluginsPage(QAbstractItemModel* model, QWindow* parent)
     rootContext()->setContextProperty(QStringLiteral("pluginCategories"),
                                       new Zelvane::PluginsCaterogies(this));
     setSource(QUrl(QStringLiteral("qrc:/zelvane-demo/PluginsPage.qml")));
-    resize(640, 360);
+    resize(640, 400);
 }
 
 QString PluginsPage::errorText() const

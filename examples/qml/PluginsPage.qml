@@ -8,7 +8,7 @@ Rectangle {
     id: page
 
     width: 640
-    height: 360
+    height: 400
     color: "#f4f5f7"
 
     Text {
