@@ -35,13 +35,16 @@ namespace {
 
 const QString pluginIID = QStringLiteral("org.zelvane.DocumentEditor/1.0");
 
-// --list and --screenshot need no display: they run on the offscreen platform, which
-// also makes the screenshots the same on every machine.
+// --list, --screenshot and --help need no display: they run on the offscreen platform,
+// which also makes the screenshots the same on every machine.
 bool headlessRequested(int argc, char* argv[])
 {
     for (int i = 1; i < argc; ++i) {
-        if (std::strcmp(argv[i], "--list") == 0 || std::strcmp(argv[i], "--screenshot") == 0
-            || std::strncmp(argv[i], "--screenshot=", 13) == 0)
+        for (const char* option : { "--list", "--screenshot", "--help", "--help-all", "-h" }) {
+            if (std::strcmp(argv[i], option) == 0)
+                return true;
+        }
+        if (std::strncmp(argv[i], "--screenshot=", 13) == 0)
             return true;
     }
     return false;

@@ -1,0 +1,334 @@
+// zelvane-demo run as a user runs it headless: --list and --screenshot over the
+// example plugins.
+
+#include <QtCore/QDir>
+#include <QtCore/QFile>
+#include <QtCore/QProcess>
+#include <QtCore/QSet>
+#include <QtCore/QTemporaryDir>
+#include <QtGui/QColor>
+#include <QtGui/QImage>
+#include <QtTest/QTest>
+
+namespace {
+
+const QString pluginDir = QStringLiteral(ZELVANE_EXAMPLE_PLUGIN_DIR);
+
+struct Result
+{
+    int exitCode = -1;
+    QString out;
+    QString err;
+};
+
+Result runDemo(const QStringList& arguments)
+{
+    QProcess process;
+    process.start(QStringLiteral(ZELVANE_DEMO_EXECUTABLE), arguments);
+    if (!process.waitForFinished(60000))
+        return {};
+    return { process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
+             QString::fromUtf8(process.readAllStandardOutput()),
+             QString::fromUtf8(process.readAllStandardError()) };
+}
+
+bool writeFile(const QString& path, const QByteArray& content)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
+}
+
+int countPixels(const QImage& image, const std::function<bool(QRgb)>& wanted)
+{
+    int count = 0;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            if (wanted(image.pixel(x, y)))
+                ++count;
+        }
+    }
+    return count;
+}
+
+int colourCount(const QImage& image)
+{
+    QSet<QRgb> colours;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x)
+            colours.insert(image.pixel(x, y));
+    }
+    return int(colours.size());
+}
+
+bool isText(QRgb pixel)
+{
+    return qGray(pixel) < 80;
+}
+
+} // namespace
+
+class tst_Demo : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void list_data();
+    void list();
+    void loadFailure();
+    void noCorePlugin();
+    void pluginOptionsInHelp();
+    void dialogScreenshot();
+    void qmlScreenshot();
+};
+
+void tst_Demo::list_data()
+{
+    QTest::addColumn<QByteArray>("settings");
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QStringList>("expected"); // after the Plugins: and Settings: lines
+
+    QTest::newRow("bundled plugins, nothing stored")
+        << QByteArray() << QStringList()
+        << QStringList { QStringLiteral("Load order:"),
+                         QStringLiteral("  1. Workbench"),
+                         QStringLiteral("  2. Storage"),
+                         QStringLiteral("  3. Documents"),
+                         QStringLiteral("  4. Spellcheck"),
+                         QStringLiteral("Disabled:"),
+                         QStringLiteral("  Focus"),
+                         QStringLiteral("  Export"),
+                         QStringLiteral("Skipped:"),
+                         QStringLiteral("  (none)"),
+                         QStringLiteral("Objects in the pool:"),
+                         QStringLiteral("  Workbench: Workbench \"workbench\""),
+                         QStringLiteral("  Storage: DocumentStore \"documentStore\""),
+                         QStringLiteral("  Documents: DocumentManager \"documents\""),
+                         QStringLiteral("  Spellcheck: SpellChecker \"spellChecker\"") };
+
+    QTest::newRow("an extension disabled in the settings")
+        << QByteArray("[plugin]\nSpellcheck=false\n") << QStringList()
+        << QStringList { QStringLiteral("Load order:"),
+                         QStringLiteral("  1. Workbench"),
+                         QStringLiteral("  2. Storage"),
+                         QStringLiteral("  3. Documents"),
+                         QStringLiteral("Disabled:"),
+                         QStringLiteral("  Focus"),
+                         QStringLiteral("  Export"),
+                         QStringLiteral("  Spellcheck"),
+                         QStringLiteral("Skipped:"),
+                         QStringLiteral("  (none)"),
+                         QStringLiteral("Objects in the pool:"),
+                         QStringLiteral("  Workbench: Workbench \"workbench\""),
+                         QStringLiteral("  Storage: DocumentStore \"documentStore\""),
+                         QStringLiteral("  Documents: DocumentManager \"documents\"") };
+
+    QTest::newRow("the settings pick the second core plugin")
+        << QByteArray("[plugin]\nWorkbench=false\nFocus=true\n") << QStringList()
+        << QStringList { QStringLiteral("Load order:"),
+                         QStringLiteral("  1. Focus"),
+                         QStringLiteral("  2. Storage"),
+                         QStringLiteral("  3. Documents"),
+                         QStringLiteral("  4. Spellcheck"),
+                         QStringLiteral("Disabled:"),
+                         QStringLiteral("  Workbench"),
+                         QStringLiteral("  Export"),
+                         QStringLiteral("Skipped:"),
+                         QStringLiteral("  (none)"),
+                         QStringLiteral("Objects in the pool:"),
+                         QStringLiteral("  Focus: FocusWorkbench \"workbench\""),
+                         QStringLiteral("  Storage: DocumentStore \"documentStore\""),
+                         QStringLiteral("  Documents: DocumentManager \"documents\""),
+                         QStringLiteral("  Spellcheck: SpellChecker \"spellChecker\"") };
+
+    // The selection screen would have cleared Spellcheck with Documents; a hand-edited
+    // file can still ask for it, and the library drops it without a word.
+    QTest::newRow("a dependency disabled by hand")
+        << QByteArray("[plugin]\nDocuments=false\nSpellcheck=true\n") << QStringList()
+        << QStringList { QStringLiteral("Load order:"),
+                         QStringLiteral("  1. Workbench"),
+                         QStringLiteral("  2. Storage"),
+                         QStringLiteral("Disabled:"),
+                         QStringLiteral("  Focus"),
+                         QStringLiteral("  Documents"),
+                         QStringLiteral("  Export"),
+                         QStringLiteral("Skipped:"),
+                         QStringLiteral("  Spellcheck: its dependencies cannot be met "
+                                        "(zelvane-inspect tells why)"),
+                         QStringLiteral("Objects in the pool:"),
+                         QStringLiteral("  Workbench: Workbench \"workbench\""),
+                         QStringLiteral("  Storage: DocumentStore \"documentStore\"") };
+
+    QTest::newRow("a plugin option with its value")
+        << QByteArray()
+        << QStringList { QStringLiteral("--spell-language"), QStringLiteral("de"),
+                         QStringLiteral("--spell-skip-acronyms") }
+        << QStringList { QStringLiteral("Load order:"),
+                         QStringLiteral("  1. Workbench"),
+                         QStringLiteral("  2. Storage"),
+                         QStringLiteral("  3. Documents"),
+                         QStringLiteral("  4. Spellcheck"),
+                         QStringLiteral("Disabled:"),
+                         QStringLiteral("  Focus"),
+                         QStringLiteral("  Export"),
+                         QStringLiteral("Skipped:"),
+                         QStringLiteral("  (none)"),
+                         QStringLiteral("Objects in the pool:"),
+                         QStringLiteral("  Workbench: Workbench \"workbench\""),
+                         QStringLiteral("  Storage: DocumentStore \"documentStore\""),
+                         QStringLiteral("  Documents: DocumentManager \"documents\""),
+                         QStringLiteral("  Spellcheck: SpellChecker \"spellChecker\"") };
+}
+
+void tst_Demo::list()
+{
+    QFETCH(QByteArray, settings);
+    QFETCH(QStringList, arguments);
+    QFETCH(QStringList, expected);
+
+    QTemporaryDir folder;
+    QVERIFY(folder.isValid());
+    const QString settingsFile = folder.filePath(QStringLiteral("demo.ini"));
+    if (!settings.isEmpty())
+        QVERIFY(writeFile(settingsFile, settings));
+
+    const Result result = runDemo(
+        QStringList { QStringLiteral("--list"), QStringLiteral("--settings"), settingsFile }
+        + arguments);
+    const QStringList lines = QStringList { QStringLiteral("Plugins: ") + pluginDir,
+                                            QStringLiteral("Settings: ") + settingsFile }
+        + expected + QStringList { QString() };
+    QCOMPARE(result.out.split(QLatin1Char('\n')), lines);
+    QCOMPARE(result.exitCode, 0);
+    // Listing changes no selection: nothing is written when the file did not exist.
+    QCOMPARE(QFile::exists(settingsFile), !settings.isEmpty());
+}
+
+void tst_Demo::loadFailure()
+{
+    // Spellcheck refuses the language in initialize(): the plugins before it stay loaded
+    // (they are listed), Spellcheck itself is not, and the library's text is the error.
+    QTemporaryDir folder;
+    const QString settingsFile = folder.filePath(QStringLiteral("demo.ini"));
+    const Result result
+        = runDemo({ QStringLiteral("--list"), QStringLiteral("--settings"), settingsFile,
+                    QStringLiteral("--spell-language"), QStringLiteral("fr") });
+    const QString error = QStringLiteral(
+        "The plugin \"Spellcheck\" failed to initialize. Error: \"no dictionary for the language "
+        "\"fr\" (there are en and de)\"");
+    QCOMPARE(result.out.split(QLatin1Char('\n')),
+             (QStringList { QStringLiteral("Plugins: ") + pluginDir,
+                            QStringLiteral("Settings: ") + settingsFile,
+                            QStringLiteral("Load order:"), QStringLiteral("  1. Workbench"),
+                            QStringLiteral("  2. Storage"), QStringLiteral("  3. Documents"),
+                            QStringLiteral("Error: ") + error, QString() }));
+    QVERIFY2(result.err.split(QLatin1Char('\n')).contains(QStringLiteral("zelvane-demo: ") + error),
+             qPrintable(result.err));
+    QCOMPARE(result.exitCode, 1);
+}
+
+void tst_Demo::noCorePlugin()
+{
+    QTemporaryDir folder;
+    const QString settingsFile = folder.filePath(QStringLiteral("demo.ini"));
+    const Result result = runDemo({ QStringLiteral("--list"), QStringLiteral("--settings"),
+                                    settingsFile, QStringLiteral("--plugins"), folder.path() });
+    QCOMPARE(result.out.split(QLatin1Char('\n')),
+             (QStringList { QStringLiteral("Plugins: ") + QDir(folder.path()).absolutePath(),
+                            QStringLiteral("Settings: ") + settingsFile,
+                            QStringLiteral("Load order:"), QStringLiteral("  (none)"),
+                            QStringLiteral("Error: The Core plugin is not found"), QString() }));
+    QVERIFY2(result.err.split(QLatin1Char('\n'))
+                 .contains(QStringLiteral("zelvane-demo: The Core plugin is not found")),
+             qPrintable(result.err));
+    QCOMPARE(result.exitCode, 1);
+
+    // Without --list the error goes to stderr all the same.
+    const Result screenshot = runDemo(
+        { QStringLiteral("--screenshot"), folder.filePath(QStringLiteral("shot.png")),
+          QStringLiteral("--settings"), settingsFile, QStringLiteral("--plugins"), folder.path() });
+    QCOMPARE(screenshot.out, QString());
+    QVERIFY(
+        screenshot.err.contains(QStringLiteral("zelvane-demo: The Core plugin is not found\n")));
+    QCOMPARE(screenshot.exitCode, 1);
+    QVERIFY(!QFile::exists(folder.filePath(QStringLiteral("shot.png"))));
+}
+
+void tst_Demo::pluginOptionsInHelp()
+{
+    const Result result = runDemo({ QStringLiteral("--help") });
+    QCOMPARE(result.exitCode, 0);
+    const QStringList lines = result.out.split(QLatin1Char('\n'));
+    const auto line = [&lines](const QString& start) {
+        for (const QString& line : lines) {
+            if (line.trimmed().startsWith(start))
+                return line.trimmed();
+        }
+        return QString();
+    };
+    QCOMPARE(
+        line(QStringLiteral("--spell-language")),
+        QStringLiteral("--spell-language <language>  Dictionary language: en (the default) or de"));
+    QCOMPARE(
+        line(QStringLiteral("--spell-skip-acronyms")),
+        QStringLiteral("--spell-skip-acronyms        Does not check words written in capitals"));
+    QCOMPARE(line(QStringLiteral("--export-format")),
+             QStringLiteral(
+                 "--export-format <format>     Export format: html (the default) or markdown"));
+}
+
+void tst_Demo::dialogScreenshot()
+{
+    QTemporaryDir folder;
+    const QString file = folder.filePath(QStringLiteral("dialog.png"));
+    const Result result
+        = runDemo({ QStringLiteral("--screenshot"), file, QStringLiteral("--settings"),
+                    folder.filePath(QStringLiteral("demo.ini")) });
+    QCOMPARE(result.out, QString());
+    QCOMPARE(result.exitCode, 0);
+
+    QImage image(file);
+    QVERIFY2(!image.isNull(), "no PNG written");
+    QCOMPARE(image.size(), QSize(640, 400));
+    // A blank or single-colour picture fails these: the dialog has text (dark pixels in
+    // the name and description columns) and anti-aliased edges (many shades).
+    QVERIFY2(colourCount(image) > 50, qPrintable(QString::number(colourCount(image))));
+    const QImage table = image.copy(QRect(0, 60, 640, 200));
+    QVERIFY2(countPixels(table, isText) > 2000,
+             qPrintable(QString::number(countPixels(table, isText))));
+    const QImage note = image.copy(QRect(0, 0, 640, 40));
+    QVERIFY(countPixels(note, isText) > 500);
+}
+
+void tst_Demo::qmlScreenshot()
+{
+    QTemporaryDir folder;
+    const QString file = folder.filePath(QStringLiteral("qml.png"));
+    const Result result
+        = runDemo({ QStringLiteral("--qml"), QStringLiteral("--screenshot"), file,
+                    QStringLiteral("--settings"), folder.filePath(QStringLiteral("demo.ini")) });
+    QCOMPARE(result.out, QString());
+    QCOMPARE(result.exitCode, 0);
+
+    QImage image(file);
+    QVERIFY2(!image.isNull(), "no PNG written");
+    QCOMPARE(image.size(), QSize(640, 400));
+    QVERIFY2(colourCount(image) > 50, qPrintable(QString::number(colourCount(image))));
+    // The page's own background, its title and the ticks of the four plugins that the
+    // example metadata enables (a filled blue mark in the box or the round button).
+    QCOMPARE(QColor(image.pixel(2, 2)), QColor(QStringLiteral("#f4f5f7")));
+    QVERIFY(countPixels(image.copy(QRect(0, 0, 200, 40)), isText) > 300);
+    const auto isTick = [](QRgb pixel) {
+        return QColor(pixel) == QColor(QStringLiteral("#2a6fdb"));
+    };
+    int ticked = 0;
+    for (int row = 0; row < 6; ++row) {
+        // Each row is 46 pixels high plus 2 of spacing; its box sits at x 28..46.
+        const QImage box = image.copy(QRect(28, 80 + row * 48 + 14, 18, 18));
+        if (countPixels(box, isTick) > 40)
+            ++ticked;
+    }
+    QCOMPARE(ticked, 4);
+}
+
+QTEST_GUILESS_MAIN(tst_Demo)
+#include "tst_demo.moc"
