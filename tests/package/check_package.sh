@@ -11,6 +11,11 @@
 #       Checks that the tests' build of the library exports the internals they use.
 set -euo pipefail
 
+# The cmake that runs the tests, when CTest says which one that is.
+cmake() {
+    command "${CMAKE:-cmake}" "$@"
+}
+
 failures=0
 fail() {
     echo "FAIL: $*" >&2
