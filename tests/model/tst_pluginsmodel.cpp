@@ -175,7 +175,6 @@ void TestPluginsModel::verifyLog()
                  qPrintable(ZelvaneModelTest::describe(record)));
     }
 }
-}
 
 // Prints a line to the test log: the capture would swallow it.
 void TestPluginsModel::inform(const QString& text)
