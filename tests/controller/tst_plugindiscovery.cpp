@@ -14,9 +14,13 @@
 #include <QtCore/QDir>
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
+#include <QtCore/QHash>
 #include <QtCore/QMultiMap>
+#include <QtCore/QPair>
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QTest>
+
+#include <memory>
 
 using Zelvane::PluginController;
 using Zelvane::PluginLoader;
