@@ -1,4 +1,25 @@
 # Sourced by build.sh test --sanitize (ROOT, JOBS, ensure_packages, configure_and_build,
 # run_tests are set).
-echo "build.sh test --sanitize: not available yet" >&2
-exit 1
+#
+# Builds the whole tree in build-sanitize/ with AddressSanitizer (which brings
+# LeakSanitizer) and UndefinedBehaviorSanitizer, and runs every test under them. Any
+# report fails the test that caused it. Leaks inside Qt itself are suppressed by
+# tests/reliability/lsan.supp, where each entry says why.
+
+sanitize_flags="-fsanitize=address,undefined -fno-omit-frame-pointer -fno-sanitize-recover=undefined"
+# Without precompiled headers: GCC rejects the test plugins' shared header under these
+# flags and then trips over its include guard.
+configure_and_build "$ROOT/build-sanitize" \
+    -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+    -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON \
+    -DCMAKE_CXX_FLAGS="$sanitize_flags" \
+    -DCMAKE_EXE_LINKER_FLAGS="-fsanitize=address,undefined" \
+    -DCMAKE_SHARED_LINKER_FLAGS="-fsanitize=address,undefined" \
+    -DCMAKE_MODULE_LINKER_FLAGS="-fsanitize=address,undefined"
+
+# detect_leaks is on by default on Linux; said here so that nobody wonders.
+# Unloaded plugins would leave their frames unnamed in a report: keep them mapped.
+export ASAN_OPTIONS="detect_leaks=1:abort_on_error=0:strict_string_checks=1:detect_stack_use_after_return=1:check_initialization_order=1"
+export LSAN_OPTIONS="suppressions=$ROOT/tests/reliability/lsan.supp:print_suppressions=0"
+export UBSAN_OPTIONS="print_stacktrace=1:halt_on_error=1"
+run_tests "$ROOT/build-sanitize"

@@ -212,10 +212,10 @@ void tst_RelSettings::readOnlySettingsFile()
         // Permissions do not stop root. A read-only bind mount of the folder does: in
         // a mount namespace of this test process alone, which ends with the process.
         if (::unshare(CLONE_NEWNS) != 0
-            || ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0
-            || ::mount(encodedDir.constData(), encodedDir.constData(), nullptr, MS_BIND, nullptr)
+            || ::mount("none", "/", "none", MS_REC | MS_PRIVATE, nullptr) != 0
+            || ::mount(encodedDir.constData(), encodedDir.constData(), "none", MS_BIND, nullptr)
                 != 0
-            || ::mount(nullptr, encodedDir.constData(), nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY,
+            || ::mount("none", encodedDir.constData(), "none", MS_REMOUNT | MS_BIND | MS_RDONLY,
                        nullptr)
                 != 0) {
             QSKIP(qPrintable(
