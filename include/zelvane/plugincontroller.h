@@ -59,7 +59,8 @@ public:
     // the first one if none is enabled) and every enabled "Extension" plugin in
     // dependency order, and initialises them. Stops at the first failure and returns
     // false; errorString() then tells why, and the plugins loaded before the failure
-    // stay loaded. On success builds a new pluginsModel().
+    // stay loaded. On success builds a new pluginsModel(). Refuses to load anything
+    // while no settings object is set.
     bool loadPlugins(const QDir& dir);
     // One option per argument that the plugins in dir declare, whether or not they
     // are enabled. Reads metadata only: never loads a plugin.

@@ -94,6 +94,14 @@ bool PluginController::loadPlugins(const QDir& dir)
         return false;
     }
 
+    // Everything from here on reads the user's selection. Without a settings object
+    // that would crash the host, so the call is refused instead.
+    if (!m_settings) {
+        m_errorString = QObject::tr("No settings object is set: call "
+                                    "PluginController::setSettings() before loadPlugins()");
+        return false;
+    }
+
     const auto enabled = [this](PluginLoader plugin) { return isEnabled(plugin); };
 
     // Exactly one core plugin runs. If the user switched all of them off, the first

@@ -11,5 +11,6 @@ zelvane_add_test(tst_plugincontroller SOURCES tst_plugincontroller.cpp
         pluginIidRoundTrip
         controllerMetaObject
         errorStringAfterFailedLoad
+        loadWithoutSettingsIsRefused
         errorStringOfFailingPlugin
         argumentsTakeEffectAtNextLoad)

@@ -48,6 +48,7 @@ private Q_SLOTS:
     void pluginIidRoundTrip();
     void controllerMetaObject();
     void errorStringAfterFailedLoad();
+    void loadWithoutSettingsIsRefused();
     void errorStringOfFailingPlugin();
     void argumentsTakeEffectAtNextLoad();
 
@@ -153,6 +154,31 @@ void tst_PluginController::errorStringAfterFailedLoad()
     QCOMPARE(controller->loadPlugins(QDir(empty.path())), false);
     QCOMPARE(controller->errorString(), QStringLiteral("The Core plugin is not found"));
     // Asked again, the recorded text stays.
+    QCOMPARE(controller->errorString(), QStringLiteral("The Core plugin is not found"));
+}
+
+void tst_PluginController::loadWithoutSettingsIsRefused()
+{
+    // A host that forgot setSettings() gets an error, not a crash, and nothing runs.
+    PluginController* controller = PluginController::instance();
+    controller->setPluginIID(QStringLiteral(ZELVANE_TEST_IID));
+    QTemporaryDir dir;
+    QVERIFY(dir.isValid());
+    QVERIFY(ZelvaneTest::copyPlugins(dir.path(), { QStringLiteral("zt_core") }));
+
+    QCOMPARE(controller->settings(), nullptr);
+    QCOMPARE(controller->loadPlugins(QDir(dir.path())), false);
+    QCOMPARE(controller->errorString(),
+             QStringLiteral("No settings object is set: call PluginController::setSettings() "
+                            "before loadPlugins()"));
+    QCOMPARE(ZelvaneTest::events(), QStringList());
+    QCOMPARE(ZelvaneTest::staticInitialised(), QStringList());
+    QCOMPARE(controller->pluginsModel(), nullptr);
+
+    // An empty folder still reports the missing core first.
+    QTemporaryDir empty;
+    QVERIFY(empty.isValid());
+    QCOMPARE(controller->loadPlugins(QDir(empty.path())), false);
     QCOMPARE(controller->errorString(), QStringLiteral("The Core plugin is not found"));
 }
 
