@@ -10,6 +10,7 @@
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
+#include <QtCore/QFileInfo>
 #include <QtCore/QList>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
@@ -40,11 +41,27 @@ inline bool copyPlugins(const QString& dir, const QStringList& targets)
     return true;
 }
 
+// Copies one built test plugin into a new folder of its own below parent and returns
+// its path. The path is canonical, so it is also the file name that Qt's plugin loader
+// reports in error texts. Empty when the copy fails.
+inline QString copyToOwnFolder(const QString& parent, const QString& target)
+{
+    static int counter = 0;
+    const QString folder
+        = QFileInfo(parent).canonicalFilePath() + QLatin1Char('/') + QString::number(++counter);
+    if (!QDir().mkpath(folder) || !copyPlugins(folder, { target }))
+        return QString();
+    return folder + QStringLiteral("/lib") + target + QStringLiteral(".so");
+}
+
 // What the test plugins have recorded: "initialize:<Name>" and "destroy:<Name>", in
 // the order it happened.
 inline QStringList events()
 {
-    return Zelvane::PluginController::instance()->pool()->property("zelvaneTestEvents").toStringList();
+    return Zelvane::PluginController::instance()
+        ->pool()
+        ->property("zelvaneTestEvents")
+        .toStringList();
 }
 
 inline void clearEvents()
@@ -71,8 +88,7 @@ inline Zelvane::PluginLoader makePlugin(const QVariantMap& metaData,
 
 inline Zelvane::PluginLoader makePlugin(const QString& name, const QString& category,
                                         const QStringList& dependencies = {},
-                                        bool loadByDefault = false,
-                                        const QString& description = {})
+                                        bool loadByDefault = false, const QString& description = {})
 {
     return makePlugin(QVariantMap {
         { QStringLiteral("Name"), name },

@@ -19,39 +19,39 @@ using Zelvane::PluginLoader;
 
 namespace {
 
-struct Spec
+struct Entry
 {
     QString label; // name plus the optional "#n"
     QString name;
     QStringList dependencies;
 };
 
-QList<Spec> parse(const QString& text)
+QList<Entry> parse(const QString& text)
 {
     static const QRegularExpression token(QStringLiteral("^([^\\[#]+)(#\\d+)?(?:\\[(.*)\\])?$"));
-    QList<Spec> result;
+    QList<Entry> result;
     const QStringList tokens = text.split(QLatin1Char(' '), Qt::SkipEmptyParts);
     for (const QString& item : tokens) {
         const QRegularExpressionMatch match = token.match(item);
         Q_ASSERT(match.hasMatch());
-        Spec spec;
-        spec.name = match.captured(1);
-        spec.label = spec.name + match.captured(2);
+        Entry entry;
+        entry.name = match.captured(1);
+        entry.label = entry.name + match.captured(2);
         if (match.hasCaptured(3))
-            spec.dependencies = match.captured(3).split(QLatin1Char(','));
-        result.append(spec);
+            entry.dependencies = match.captured(3).split(QLatin1Char(','));
+        result.append(entry);
     }
     return result;
 }
 
 // Handles with metadata only; the description carries the label, so the test can
 // tell apart handles of the same name after they have been moved.
-QList<PluginLoader> handles(const QList<Spec>& specs)
+QList<PluginLoader> handles(const QList<Entry>& entries)
 {
     QList<PluginLoader> result;
-    for (const Spec& spec : specs) {
-        result.append(ZelvaneTest::makePlugin(spec.name, QStringLiteral("Extension"),
-                                              spec.dependencies, false, spec.label));
+    for (const Entry& entry : entries) {
+        result.append(ZelvaneTest::makePlugin(entry.name, QStringLiteral("Extension"),
+                                              entry.dependencies, false, entry.label));
     }
     return result;
 }
@@ -261,8 +261,8 @@ void TestDependencySorting::ordering()
     Zelvane::dependecySorting(plugins);
 
     QStringList expectedLabels;
-    for (const Spec& spec : parse(expected))
-        expectedLabels.append(spec.label);
+    for (const Entry& entry : parse(expected))
+        expectedLabels.append(entry.label);
     QCOMPARE(labels(plugins), expectedLabels);
 }
 
@@ -274,8 +274,8 @@ void TestDependencySorting::recordsOrderLikeHandles()
 
     QList<Record> records;
     int id = 0;
-    for (const Spec& spec : parse(input))
-        records.append(Record { spec.name, spec.dependencies, id++ });
+    for (const Entry& entry : parse(input))
+        records.append(Record { entry.name, entry.dependencies, id++ });
     QList<PluginLoader> plugins = handles(parse(input));
 
     Zelvane::dependecySorting(records);

@@ -135,7 +135,7 @@ void tst_Demo::list_data()
                          QStringLiteral("Skipped:"),
                          QStringLiteral("  (none)"),
                          QStringLiteral("Objects in the pool:"),
-                         QStringLiteral("  Focus: FocusWorkbench \"workbench\""),
+                         QStringLiteral("  Focus: Workbench \"workbench\""),
                          QStringLiteral("  Storage: DocumentStore \"documentStore\""),
                          QStringLiteral("  Documents: DocumentManager \"documents\""),
                          QStringLiteral("  Spellcheck: SpellChecker \"spellChecker\"") };

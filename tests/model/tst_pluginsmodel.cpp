@@ -2,7 +2,7 @@
 // with their persistence. Every scenario runs with a model tester attached, spies on
 // the reset and change signals, and a real INI file that is read back from disk.
 
-#include "modeltesterlog.h"
+#include "modeltestsupport.h"
 #include "zelvanetest.h"
 
 #include <zelvane/pluginloader.h>

@@ -2,7 +2,7 @@
 // each row's category with the keys of a categories object, and ticks a row with
 // `model.checked = true`. The test leaves a picture of the scene in the build folder.
 
-#include "modeltesterlog.h"
+#include "modeltestsupport.h"
 #include "zelvanetest.h"
 
 #include <zelvane/pluginscaterogies.h>
@@ -162,20 +162,7 @@ void TestPluginsQml::delegatesBindAndTick()
 {
     m_settings = std::make_unique<QSettings>(m_dir->filePath(QStringLiteral("settings.ini")),
                                              QSettings::IniFormat);
-    QMultiMap<QString, PluginLoader> plugins;
-    const auto add
-        = [&plugins](const QString& name, const QString& category, const QStringList& dependencies,
-                     bool loadByDefault, const QString& description) {
-              plugins.insert(category,
-                             ZelvaneTest::makePlugin(name, category, dependencies, loadByDefault,
-                                                     description));
-          };
-    add(QStringLiteral("Minimal"), core, {}, false, QStringLiteral("A small core for tests"));
-    add(QStringLiteral("Desktop"), core, {}, true, QStringLiteral("The full desktop core"));
-    add(QStringLiteral("Spelling"), extension, {}, true, QStringLiteral("Checks spelling"));
-    add(QStringLiteral("Viewer"), extension, { QStringLiteral("Storage") }, false,
-        QStringLiteral("Shows documents"));
-    add(QStringLiteral("Storage"), extension, {}, false, QStringLiteral("Keeps documents"));
+    const QMultiMap<QString, PluginLoader> plugins = ZelvaneModelTest::screenPlugins();
     m_model = std::make_unique<PluginsModel>(plugins, m_settings.get());
     m_tester = std::make_unique<QAbstractItemModelTester>(
         m_model.get(), QAbstractItemModelTester::FailureReportingMode::Warning);

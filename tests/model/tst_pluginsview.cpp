@@ -2,7 +2,7 @@
 // through the model's rules, the view shows the result, and the settings file holds
 // it. The test leaves a picture of the view in the build folder.
 
-#include "modeltesterlog.h"
+#include "modeltestsupport.h"
 #include "zelvanetest.h"
 
 #include <zelvane/pluginsmodel.h>
@@ -29,9 +29,6 @@ using ZelvaneTest::LogCapture;
 using ZelvaneTest::LogRecord;
 
 namespace {
-
-const QString core = QStringLiteral("Core");
-const QString extension = QStringLiteral("Extension");
 
 // The view and the delegate expose how they lay out an item, so that the test can
 // find the check box exactly where the view draws it and looks for clicks.
@@ -162,20 +159,7 @@ void TestPluginsView::clicksOnCheckBoxes()
 {
     m_settings = std::make_unique<QSettings>(m_dir->filePath(QStringLiteral("settings.ini")),
                                              QSettings::IniFormat);
-    QMultiMap<QString, PluginLoader> plugins;
-    const auto add
-        = [&plugins](const QString& name, const QString& category, const QStringList& dependencies,
-                     bool loadByDefault, const QString& description) {
-              plugins.insert(category,
-                             ZelvaneTest::makePlugin(name, category, dependencies, loadByDefault,
-                                                     description));
-          };
-    add(QStringLiteral("Minimal"), core, {}, false, QStringLiteral("A small core for tests"));
-    add(QStringLiteral("Desktop"), core, {}, true, QStringLiteral("The full desktop core"));
-    add(QStringLiteral("Spelling"), extension, {}, true, QStringLiteral("Checks spelling"));
-    add(QStringLiteral("Viewer"), extension, { QStringLiteral("Storage") }, false,
-        QStringLiteral("Shows documents"));
-    add(QStringLiteral("Storage"), extension, {}, false, QStringLiteral("Keeps documents"));
+    const QMultiMap<QString, PluginLoader> plugins = ZelvaneModelTest::screenPlugins();
     m_model = std::make_unique<PluginsModel>(plugins, m_settings.get());
     m_tester = std::make_unique<QAbstractItemModelTester>(
         m_model.get(), QAbstractItemModelTester::FailureReportingMode::Warning);

@@ -87,12 +87,7 @@ void tst_PluginLoader::init()
 
 QString tst_PluginLoader::copy(const QString& target)
 {
-    static int counter = 0;
-    const QString folder = QFileInfo(m_dir.path()).canonicalFilePath() + QLatin1Char('/')
-        + QString::number(++counter);
-    if (!QDir().mkpath(folder) || !ZelvaneTest::copyPlugins(folder, { target }))
-        return QString();
-    return folder + QStringLiteral("/lib") + target + QStringLiteral(".so");
+    return ZelvaneTest::copyToOwnFolder(m_dir.path(), target);
 }
 
 void tst_PluginLoader::defaultHandle()

@@ -99,12 +99,7 @@ void tst_PluginMetadata::init()
 
 QString tst_PluginMetadata::copy(const QString& target)
 {
-    static int counter = 0;
-    const QString folder = QFileInfo(m_dir.path()).canonicalFilePath() + QLatin1Char('/')
-        + QString::number(++counter);
-    if (!QDir().mkpath(folder) || !ZelvaneTest::copyPlugins(folder, { target }))
-        return QString();
-    return folder + QStringLiteral("/lib") + target + QStringLiteral(".so");
+    return ZelvaneTest::copyToOwnFolder(m_dir.path(), target);
 }
 
 void tst_PluginMetadata::scanFile_data()

@@ -3,41 +3,11 @@
 // so the extensions do not notice which core plugin runs.
 
 #include "../published.h"
+#include "../workbench.h"
 
 #include <zelvane/iplugin.h>
 
-#include <QtCore/QStringList>
 #include <QtCore/QtDebug>
-
-class FocusWorkbench : public QObject
-{
-    Q_OBJECT
-    Q_PROPERTY(QString title READ title CONSTANT)
-    Q_PROPERTY(QStringList commands READ commands NOTIFY commandsChanged)
-
-public:
-    explicit FocusWorkbench(QObject* parent)
-        : QObject(parent)
-    {
-        setObjectName(QStringLiteral("workbench"));
-    }
-
-    QString title() const { return tr("Document Editor (focus mode)"); }
-    QStringList commands() const { return m_commands; }
-
-    // Commands are kept, for the shortcut keys, but focus mode shows no menu.
-    Q_INVOKABLE void addCommand(const QString& command)
-    {
-        m_commands.append(command);
-        Q_EMIT commandsChanged();
-    }
-
-Q_SIGNALS:
-    void commandsChanged();
-
-private:
-    QStringList m_commands;
-};
 
 class FocusPlugin : public Zelvane::IPlugin
 {
@@ -51,7 +21,7 @@ public:
     {
         Q_UNUSED(arguments)
         Q_UNUSED(errorString)
-        Editor::publish(new FocusWorkbench(this));
+        Editor::publish(new Workbench(QObject::tr("Document Editor (focus mode)"), this));
         qInfo("Focus: initialised");
         return true;
     }

@@ -1,43 +1,12 @@
-// The editor's main window, reduced to what other plugins need of it: a title and a
-// list of commands to which extensions add their own.
+// The editor's default core plugin: it publishes the workbench, the editor's main
+// window as far as other plugins see it.
 
+#include "../workbench.h"
 #include "../published.h"
 
 #include <zelvane/iplugin.h>
 
-#include <QtCore/QStringList>
 #include <QtCore/QtDebug>
-
-class Workbench : public QObject
-{
-    Q_OBJECT
-    Q_PROPERTY(QString title READ title CONSTANT)
-    Q_PROPERTY(QStringList commands READ commands NOTIFY commandsChanged)
-
-public:
-    explicit Workbench(QObject* parent)
-        : QObject(parent)
-    {
-        // Either core plugin publishes its workbench under this one name, so an
-        // extension works with whichever the user chose.
-        setObjectName(QStringLiteral("workbench"));
-    }
-
-    QString title() const { return tr("Document Editor"); }
-    QStringList commands() const { return m_commands; }
-
-    Q_INVOKABLE void addCommand(const QString& command)
-    {
-        m_commands.append(command);
-        Q_EMIT commandsChanged();
-    }
-
-Q_SIGNALS:
-    void commandsChanged();
-
-private:
-    QStringList m_commands;
-};
 
 class WorkbenchPlugin : public Zelvane::IPlugin
 {
@@ -53,7 +22,7 @@ public:
         Q_UNUSED(errorString)
         // A child of the plugin: it goes when the plugin is unloaded, and the pool
         // forgets it then.
-        Editor::publish(new Workbench(this));
+        Editor::publish(new Workbench(QObject::tr("Document Editor"), this));
         qInfo("Workbench: initialised");
         return true;
     }
