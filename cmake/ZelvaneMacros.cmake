@@ -50,6 +50,11 @@ function(zelvane_add_plugin target)
         get_filename_component(source "${source}" ABSOLUTE BASE_DIR "${CMAKE_CURRENT_SOURCE_DIR}")
         set_property(SOURCE "${source}" APPEND PROPERTY OBJECT_DEPENDS "${metadata}")
     endforeach()
+    # moc writes the metadata as one constexpr array, and GCC's default limits on
+    # constant evaluation stop at about 256 KiB of it: raise them, so that a plugin
+    # with a long description or many arguments still builds.
+    target_compile_options(${target} PRIVATE
+        "$<$<CXX_COMPILER_ID:GNU>:-fconstexpr-loop-limit=16777216;-fconstexpr-ops-limit=4294967296>")
 
     if(NOT arg_NO_METADATA_CHECK)
         get_property(check_script GLOBAL PROPERTY ZELVANE_CHECK_METADATA_SCRIPT)
