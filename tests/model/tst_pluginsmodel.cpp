@@ -171,7 +171,7 @@ void TestPluginsModel::verifyLog()
 {
     const QList<LogRecord> records = m_log->records();
     for (const LogRecord& record : records) {
-        QVERIFY2(ZelvaneModelTest::isExpectedTesterWarning(record),
+        QVERIFY2(ZelvaneTest::isExpectedModelTesterWarning(record),
                  qPrintable(ZelvaneModelTest::describe(record)));
     }
 }

@@ -90,7 +90,7 @@ void TestPluginsView::cleanup()
     const QList<LogRecord> records = m_log->records();
     m_log.reset();
     for (const LogRecord& record : records) {
-        QVERIFY2(ZelvaneModelTest::isExpectedTesterWarning(record),
+        QVERIFY2(ZelvaneTest::isExpectedModelTesterWarning(record),
                  qPrintable(ZelvaneModelTest::describe(record)));
     }
 }

@@ -31,30 +31,6 @@ inline QString logged(const QString& text)
     return line;
 }
 
-// What QAbstractItemModelTester says about a model, apart from the two complaints that
-// PluginsModel earns on purpose: rowCount() answers the number of rows whatever the
-// parent, so the first row's index "has rows" but no children, and its first "child"
-// turns out to be a row of the root.
-inline QStringList modelTesterComplaints(QAbstractItemModel* model)
-{
-    ZelvaneTest::LogCapture capture;
-    {
-        QAbstractItemModelTester tester(model,
-                                        QAbstractItemModelTester::FailureReportingMode::Warning);
-    }
-    QStringList complaints;
-    const QList<ZelvaneTest::LogRecord> records = capture.records();
-    for (const ZelvaneTest::LogRecord& record : records) {
-        const bool hasNoChildren = record.message.startsWith(
-            QLatin1String("FAIL! model->hasChildren(topIndex) () returned FALSE ("));
-        const bool childOfRoot
-            = record.message.startsWith(QLatin1String("FAIL! Compared values are not the same:\n"))
-            && record.message.contains(QLatin1String(
-                "\n   Actual (model->parent(childIndex)) QModelIndex(-1,-1,(nil),(nil))\n"));
-        if (record.category != QLatin1String("qt.modeltest") || !(hasNoChildren || childOfRoot))
-            complaints.append(record.message);
-    }
-    return complaints;
-}
+using ZelvaneTest::modelTesterComplaints;
 
 } // namespace ZelvaneReliability
