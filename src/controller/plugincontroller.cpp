@@ -102,7 +102,9 @@ bool PluginController::loadPlugins(const QDir& dir)
         return false;
     }
 
-    const auto enabled = [this](PluginLoader plugin) { return isEnabled(plugin); };
+    const auto enabled = [this](PluginLoader plugin) {
+        return isEnabled(plugin);
+    };
 
     // Exactly one core plugin runs. If the user switched all of them off, the first
     // one runs anyway: a host cannot start without its core.
@@ -110,11 +112,10 @@ bool PluginController::loadPlugins(const QDir& dir)
     QList<PluginLoader> loadList { core != cores.cend() ? *core : cores.first() };
 
     QList<PluginLoader> extensions = plugins.values(extensionCategory);
-    extensions.erase(std::remove_if(extensions.begin(), extensions.end(),
-                                    [&enabled](const PluginLoader& plugin) {
-                                        return !enabled(plugin);
-                                    }),
-                     extensions.end());
+    extensions.erase(
+        std::remove_if(extensions.begin(), extensions.end(),
+                       [&enabled](const PluginLoader& plugin) { return !enabled(plugin); }),
+        extensions.end());
     loadList += extensions;
 
     // May drop one plugin whose dependencies cannot be met, silently.

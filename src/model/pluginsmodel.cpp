@@ -97,7 +97,8 @@ private:
         for (int i = 0; i < count; ++i) {
             if (i == row)
                 continue;
-            if (m_records.at(i).checked && m_records.at(i).plugin.dependsOn(m_records.at(row).plugin)) {
+            if (m_records.at(i).checked
+                && m_records.at(i).plugin.dependsOn(m_records.at(row).plugin)) {
                 if (!toggle(i, false))
                     return false;
             }
@@ -197,9 +198,8 @@ bool PluginsModel::setData(const QModelIndex& index, const QVariant& value, int 
     if (record.core && record.checked)
         return false;
 
-    const bool requested = role == Qt::CheckStateRole
-        ? value.value<Qt::CheckState>() == Qt::Checked
-        : value.toBool();
+    const bool requested = role == Qt::CheckStateRole ? value.value<Qt::CheckState>() == Qt::Checked
+                                                      : value.toBool();
     if (requested == record.checked)
         return false;
 

@@ -41,7 +41,8 @@ bool PluginData::validateMetadata(const QJsonObject& metaData)
 {
     const QJsonValue iid = metaData.value(QLatin1String("IID"));
     if (!iid.isString()) {
-        errorString = QObject::tr("%1 is not a plugin (no string IID found)").arg(loader.fileName());
+        errorString
+            = QObject::tr("%1 is not a plugin (no string IID found)").arg(loader.fileName());
         return false;
     }
     // Asked anew for every file: the host may change the identifier between scans.
@@ -93,9 +94,8 @@ bool PluginData::extractArguments(const QJsonArray& arguments)
         if (!parameter.isUndefined() && !parameter.isString())
             return false;
 
-        this->arguments.append(PluginArgumentDescription { argumentName.toString(),
-                                                           parameter.toString(),
-                                                           argumentDescription.toString() });
+        this->arguments.append(PluginArgumentDescription {
+            argumentName.toString(), parameter.toString(), argumentDescription.toString() });
     }
     return true;
 }

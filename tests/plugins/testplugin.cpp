@@ -72,8 +72,14 @@ class TestPlugin : public Zelvane::IPlugin
 #endif
 
 public:
-    TestPlugin() { setObjectName(QString::fromUtf8(pluginName)); }
-    ~TestPlugin() override { trace("destroy"); }
+    TestPlugin()
+    {
+        setObjectName(QString::fromUtf8(pluginName));
+    }
+    ~TestPlugin() override
+    {
+        trace("destroy");
+    }
 
 #ifdef ZELVANE_TEST_NOT_IPLUGIN
     bool initialize(const QMap<QString, QString>& arguments, QString* errorString)

@@ -23,7 +23,8 @@ constexpr int classOffset = 4; // e_ident[EI_CLASS]: 1 is 32-bit, 2 is 64-bit
 constexpr int machineOffset = 18; // e_machine, two bytes
 } // namespace Elf
 
-template<typename T> T readLittleEndian(const QByteArray& data, qint64 offset)
+template<typename T>
+T readLittleEndian(const QByteArray& data, qint64 offset)
 {
     if (offset < 0 || offset + qint64(sizeof(T)) > data.size())
         return 0;
