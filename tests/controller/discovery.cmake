@@ -21,4 +21,4 @@ zelvane_add_test_plugin(zt_discovery_badarguments
 
 # Discovery never loads a plugin and only reads the controller's identifier, so one
 # process serves every scenario.
-zelvane_add_test(zt_discovery SOURCES tst_plugindiscovery.cpp)
+zelvane_add_test(tst_plugindiscovery SOURCES tst_plugindiscovery.cpp)
