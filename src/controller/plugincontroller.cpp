@@ -1,23 +1,14 @@
 #include <zelvane/plugincontroller.h>
 
-#include "controller/dependencyordering_p.h"
-#include "controller/plugindiscovery_p.h"
+#include "controller/loadplan_p.h"
+#include "plugin/pluginnames_p.h"
 
 #include <zelvane/objectpool.h>
 #include <zelvane/pluginsmodel.h>
 
 #include <QtCore/QSettings>
 
-#include <algorithm>
-
 namespace Zelvane {
-
-namespace {
-
-const QString coreCategory = QStringLiteral("Core");
-const QString extensionCategory = QStringLiteral("Extension");
-
-} // namespace
 
 PluginController* PluginController::instance()
 {
@@ -79,49 +70,20 @@ PluginsModel* PluginController::pluginsModel() const
 
 bool PluginController::isEnabled(const PluginLoader& plugin) const
 {
-    return m_settings
-        ->value(QStringLiteral("plugin/") + plugin.name(), QVariant(plugin.loadByDefault()))
-        .toBool();
+    return isPluginEnabled(*m_settings, plugin);
 }
 
 bool PluginController::loadPlugins(const QDir& dir)
 {
-    const QMultiMap<QString, PluginLoader> plugins = scanPlugins(dir);
-
-    const QList<PluginLoader> cores = plugins.values(coreCategory);
-    if (cores.isEmpty()) {
-        m_errorString = QObject::tr("The Core plugin is not found");
+    LoadPlan plan(dir);
+    plan.decide(m_settings);
+    if (!plan.error().isEmpty()) {
+        m_errorString = plan.error();
         return false;
     }
 
-    // Everything from here on reads the user's selection. Without a settings object
-    // that would crash the host, so the call is refused instead.
-    if (!m_settings) {
-        m_errorString = QObject::tr("No settings object is set: call "
-                                    "PluginController::setSettings() before loadPlugins()");
-        return false;
-    }
-
-    const auto enabled = [this](PluginLoader plugin) {
-        return isEnabled(plugin);
-    };
-
-    // Exactly one core plugin runs. If the user switched all of them off, the first
-    // one runs anyway: a host cannot start without its core.
-    const auto core = std::find_if(cores.cbegin(), cores.cend(), enabled);
-    QList<PluginLoader> loadList { core != cores.cend() ? *core : cores.first() };
-
-    QList<PluginLoader> extensions = plugins.values(extensionCategory);
-    extensions.erase(
-        std::remove_if(extensions.begin(), extensions.end(),
-                       [&enabled](const PluginLoader& plugin) { return !enabled(plugin); }),
-        extensions.end());
-    loadList += extensions;
-
-    // May drop one plugin whose dependencies cannot be met, silently.
-    dependecySorting(loadList);
-
-    for (PluginLoader plugin : std::as_const(loadList)) {
+    const QList<PluginLoader> loadOrder = plan.loadOrder();
+    for (PluginLoader plugin : loadOrder) {
         if (!plugin.load(m_arguments)) {
             // No roll-back: what loaded stays loaded and listed, for shutdown().
             m_errorString = plugin.errorString();
@@ -131,14 +93,16 @@ bool PluginController::loadPlugins(const QDir& dir)
     }
 
     // reset() stores the new model before it deletes the old one.
-    m_pluginsModel.reset(new PluginsModel(plugins, m_settings));
+    m_pluginsModel.reset(new PluginsModel(plan.discovered(), m_settings));
     return true;
 }
 
 QList<QCommandLineOption> PluginController::pluginsOptions(const QDir& dir) const
 {
+    // Discovery only: the options of every accepted plugin, whatever its category and
+    // whether or not it is enabled, and no settings read.
     QList<QCommandLineOption> options;
-    const QMultiMap<QString, PluginLoader> plugins = scanPlugins(dir);
+    const QMultiMap<QString, PluginLoader> plugins = LoadPlan(dir).discovered();
     for (const PluginLoader& plugin : plugins) {
         const QList<PluginArgumentDescription> arguments = plugin.argumentDescriptions();
         for (const PluginArgumentDescription& argument : arguments)

@@ -6,32 +6,65 @@
 #include <zelvane/pluginloader.h>
 
 #include "plugin/pluginlog_p.h"
+#include "plugin/pluginnames_p.h"
 
 #include <QtCore/QDir>
+#include <QtCore/QList>
 #include <QtCore/QMultiMap>
 
 namespace Zelvane {
 
-// Reads the metadata of every "*.so" file in dir and returns the acceptable plugins
-// keyed by category. No plugin is loaded. Each refused file costs one debug line with
-// its reason; a directory that is shared with other libraries is normal, so this is
-// not a warning.
+// One "*.so" file of a plugin folder, as discovery found it.
+struct DiscoveredFile
+{
+    QString fileName; // bare name, as listed
+    QString path; // dir.absoluteFilePath(fileName)
+    bool accepted = false;
+    PluginLoader plugin; // accepted files only: scanned, not loaded
+    QString name; // what the metadata gave, also for a refused file (often empty)
+    QString refusal; // the refusal text; empty for malformed "Arguments"
+};
+
+// Reads the metadata of every "*.so" file in dir, in the listing order, and loads
+// none. Each refused file costs one debug line with its reason, and its handle is
+// released at once; a directory that is shared with other libraries is normal, so
+// this is not a warning.
 //
-// Within one category the most recently inserted plugin comes first (QMultiMap), so
-// values(category) gives the reverse of the listing order, and the listing order is
-// whatever the file system gives: NoSort.
+// The listing order is whatever the file system gives (NoSort): within a category,
+// plugins appear in the reverse of it (see scanPlugins()), so hosts that rely on one
+// Core plugin of several being "the first" get the file system's choice.
+// tst_plugindiscovery pins this with file names that differ in letter case and digits.
+[[maybe_unused]] static QList<DiscoveredFile> discoverPluginFiles(const QDir& dir)
+{
+    QList<DiscoveredFile> files;
+    const QStringList names = dir.entryList(pluginFileNameFilters(), QDir::Files, QDir::NoSort);
+    files.reserve(names.size());
+    for (const QString& name : names) {
+        DiscoveredFile file;
+        file.fileName = name;
+        file.path = dir.absoluteFilePath(name);
+        file.accepted = file.plugin.scan(file.path);
+        file.name = file.plugin.name();
+        if (!file.accepted) {
+            file.refusal = file.plugin.errorString();
+            logDroppedPlugin(file.refusal);
+            file.plugin = PluginLoader();
+        }
+        files.append(file);
+    }
+    return files;
+}
+
+// The acceptable plugins of dir keyed by category. Within one category the most
+// recently inserted plugin comes first (QMultiMap), so values(category) gives the
+// reverse of the listing order.
 [[maybe_unused]] static QMultiMap<QString, PluginLoader> scanPlugins(const QDir& dir)
 {
     QMultiMap<QString, PluginLoader> plugins;
-    const QStringList names
-        = dir.entryList(QStringList { QStringLiteral("*.so") }, QDir::Files, QDir::NoSort);
-    for (const QString& name : names) {
-        PluginLoader plugin;
-        if (!plugin.scan(dir.absoluteFilePath(name))) {
-            logDroppedPlugin(plugin.errorString());
-            continue;
-        }
-        plugins.insert(plugin.category(), plugin);
+    const QList<DiscoveredFile> files = discoverPluginFiles(dir);
+    for (const DiscoveredFile& file : files) {
+        if (file.accepted)
+            plugins.insert(file.plugin.category(), file.plugin);
     }
     return plugins;
 }

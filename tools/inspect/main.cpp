@@ -2,6 +2,7 @@
 // plugins' metadata alone.
 
 #include "inspection.h"
+#include "report.h"
 
 #include <QtCore/QCommandLineParser>
 #include <QtCore/QCoreApplication>
