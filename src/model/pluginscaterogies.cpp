@@ -1,5 +1,7 @@
 #include <zelvane/pluginscaterogies.h>
 
+#include "plugin/pluginnames_p.h"
+
 namespace Zelvane {
 
 PluginsCaterogies::PluginsCaterogies(QObject* parent)
@@ -11,12 +13,12 @@ PluginsCaterogies::~PluginsCaterogies() = default;
 
 QString PluginsCaterogies::corePluginCategoryKey()
 {
-    return QStringLiteral("Core");
+    return coreCategoryKey();
 }
 
 QString PluginsCaterogies::extensionPluginCategoryKey()
 {
-    return QStringLiteral("Extension");
+    return extensionCategoryKey();
 }
 
 } // namespace Zelvane
