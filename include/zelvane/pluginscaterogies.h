@@ -12,7 +12,8 @@ namespace Zelvane {
 // comparing its `category` role. The host creates an instance and exposes it, for
 // example as a context property of its QML engine.
 //
-// The class name is spelled "Caterogies" on purpose: scripts know it by that name.
+// The class name is spelled "Caterogies" on purpose: scripts and QML code know it by
+// that name, and its meta-object reports it (tst_pluginscaterogies pins both).
 class ZELVANE_EXPORT PluginsCaterogies : public QObject
 {
     Q_OBJECT

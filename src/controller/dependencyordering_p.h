@@ -11,14 +11,17 @@
 namespace Zelvane {
 
 // Reorders plugins in place so that every plugin follows the plugins it names as
-// dependencies. The spelling of the name is deliberate and kept.
+// dependencies. The spelling of the name is deliberate and kept: the tests call it by
+// this name (tst_dependencysorting).
 //
 // This is a first-fit selection with swaps, not a stable topological sort: the
 // nearest ready plugin is swapped to the boundary of the placed prefix, which can
 // carry the plugin that stood there to the back. When no unplaced plugin is ready
 // (missing dependency, cycle, self-dependency) the one plugin at the boundary is
-// removed and the rest stay behind the prefix in their current order; the loading
-// sequence and the plugins it drops depend on exactly this, so keep it.
+// removed and the rest stay behind the prefix in their current order. Which plugin a
+// host loses, and the load order of independent plugins, depend on exactly this, so
+// keep it: tst_dependencysorting's worked examples and its randomized lists, and
+// tst_loadplugins' stuck-ordering scenario, pin it.
 //
 // A template so that the tests can run it over plain records; the library uses it
 // with PluginLoader. Plugin needs name(), dependencies() and == with a QString.

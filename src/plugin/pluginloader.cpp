@@ -46,8 +46,10 @@ bool PluginLoader::load(const QMap<QString, QString>& arguments)
         return false;
     }
 
-    // A failure below leaves the library loaded on purpose: the caller decides, and
-    // the last handle to go unloads it.
+    // A failure below leaves the library loaded on purpose: loadPlugins() keeps what
+    // it loaded before a failure for the host's shutdown(), and unloading here would
+    // delete the root object under a caller that may still hold it. The last handle to
+    // go unloads it. tst_pluginloader's rootObjectNotAnIPlugin and initializeFails pin it.
     auto* plugin = qobject_cast<IPlugin*>(d->instance());
     if (!plugin) {
         d->errorString = QObject::tr("The plugin \"%1\" has not compatible interface").arg(name());
@@ -126,7 +128,10 @@ bool PluginLoader::dependsOn(const PluginLoader& other) const
 
 bool PluginLoader::conflictsWith(const PluginLoader& other) const
 {
-    // Left unimplemented deliberately; the warning makes any caller visible.
+    // Left unimplemented deliberately: no host can rely on conflicts yet, and the
+    // warning ("Unimplemented code.", one of the library's two log lines, which hosts'
+    // message handlers see) makes any caller visible. tst_pluginloader's
+    // conflictsWithWarns and tst_pluginlog pin the line.
     Q_UNUSED(other)
     logUnimplemented();
     return false;
