@@ -1,11 +1,13 @@
 #!/usr/bin/env bash
-# Zelvane's entry point on a fresh Debian 12 machine.
+# Zelvane's entry point on a fresh Debian 12 machine: installs what is missing, then
+# runs the CMake presets of CMakePresets.json, which hold every build option.
 #
-#   ./build.sh test [--sanitize]   install what is missing, build, run every test
-#   ./build.sh demo                build and run the demo host
-#   ./build.sh fuzz [SECONDS]      build the fuzz targets with clang and run each
+#   ./build.sh test [--sanitize] [CTEST OPTIONS]   build everything, run the tests
+#                                                  (e.g. -L unit, -R tst_pluginsmodel)
+#   ./build.sh demo                                build what the demo needs, run it
+#   ./build.sh fuzz [SECONDS]                      build the fuzz targets, run each
 #
-# Build folders: build/ (plain); the sanitizer, demo and fuzz steps live in scripts/.
+# Build folders: build/ (preset default), build-sanitize/ (sanitize), build-fuzz/ (fuzz).
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")"
@@ -43,47 +45,158 @@ ensure_packages() {
         "${missing[@]}"
 }
 
-configure_and_build() {
-    local dir=$1
-    shift
-    cmake -S "$ROOT" -B "$dir" -G Ninja "$@"
-    cmake --build "$dir" -j "$JOBS"
+# The label that `-L <label>` or `--label-regex <label>` selects, when it names one
+# label and nothing else; empty otherwise.
+selected_label() {
+    local previous=""
+    local argument
+    for argument in "$@"; do
+        case "$previous" in
+        -L | --label-regex)
+            case "$argument" in
+            unit | tools | examples | package) echo "$argument" ;;
+            esac
+            return 0
+            ;;
+        esac
+        previous=$argument
+    done
 }
 
-run_tests() {
-    local dir=$1
-    ctest --test-dir "$dir" --output-on-failure -j "$JOBS" --timeout 300
+run_test() {
+    local sanitize=0
+    local ctest_options=()
+    local argument
+    for argument in "$@"; do
+        case "$argument" in
+        --sanitize) sanitize=1 ;;
+        *) ctest_options+=("$argument") ;;
+        esac
+    done
+    ensure_packages "${PACKAGES[@]}"
+    cmake --preset default
+    if [ "$sanitize" -eq 0 ]; then
+        cmake --build --preset default -j "$JOBS"
+        ctest --preset default -j "$JOBS" "${ctest_options[@]}"
+        return
+    fi
+
+    # The sanitized tests load the test plugins of build/.
+    cmake --build --preset test-plugins -j "$JOBS"
+    cmake --preset sanitize
+    # With one label selected, only what its tests need (zelvane_tests_<label>).
+    local label
+    label=$(selected_label "${ctest_options[@]}")
+    if [ -n "$label" ]; then
+        cmake --build --preset sanitize -j "$JOBS" --target "zelvane_tests_$label"
+    else
+        cmake --build --preset sanitize -j "$JOBS"
+    fi
+    ctest --preset sanitize -j "$JOBS" "${ctest_options[@]}"
+}
+
+# Builds only the library, the example plugins, zelvane-demo and zelvane-inspect,
+# prints what the demo host loads, renders its two plugin settings screens to PNG files,
+# and opens the demo's window when there is a display.
+run_demo() {
+    ensure_packages "${PACKAGES[@]}"
+    cmake --preset default
+    cmake --build --preset demo -j "$JOBS"
+
+    local demo="$ROOT/build/examples/host/zelvane-demo"
+    local out="$ROOT/build/demo"
+    mkdir -p "$out"
+    # The selection that the window shows and saves; it persists across runs, so a
+    # change made in the plugins dialog shows in the next run's list.
+    local settings="$out/zelvane-demo.ini"
+
+    echo
+    echo "== zelvane-demo --list"
+    "$demo" --list --settings "$settings"
+
+    # The screenshots always show the example plugins' own defaults.
+    local defaults
+    defaults=$(mktemp -d)
+    "$demo" --settings "$defaults/defaults.ini" --screenshot "$out/plugins-dialog.png" 2>/dev/null
+    "$demo" --settings "$defaults/defaults.ini" --qml --screenshot "$out/plugins-qml.png" 2>/dev/null
+    rm -rf "$defaults"
+
+    echo
+    echo "Screenshots:"
+    echo "  $out/plugins-dialog.png   (the widgets dialog)"
+    echo "  $out/plugins-qml.png      (the QML page, --qml)"
+    echo "Plugin selection of the demo: $settings"
+    echo "Inspect the plugin folder:    $ROOT/build/tools/inspect/zelvane-inspect $ROOT/build/examples/plugins --iid org.zelvane.DocumentEditor/1.0 --settings $settings"
+
+    if [ -n "${DISPLAY:-}" ] || [ -n "${WAYLAND_DISPLAY:-}" ]; then
+        echo
+        echo "Opening the demo window (File > Plugins… shows the settings screen)."
+        "$demo" --settings "$settings"
+    else
+        echo
+        echo "No display (\$DISPLAY and \$WAYLAND_DISPLAY are unset): not opening the window."
+        echo "On a desktop: $demo --settings $settings [--qml]"
+    fi
+}
+
+# Builds the libFuzzer targets with clang in build-fuzz/ and runs each for SECONDS
+# (default 60), one after the other. The corpus is kept in build-fuzz/corpus/<target>
+# and grows from run to run; an input that crashes a target is written to
+# build-fuzz/findings/ and fails the step.
+run_fuzz() {
+    local seconds=${1:-60}
+    case "$seconds" in
+    '' | *[!0-9]*) echo "build.sh fuzz: SECONDS must be a number, not $seconds" >&2; exit 2 ;;
+    esac
+    # clang links -fsanitize=fuzzer from the compiler-rt package.
+    ensure_packages cmake ninja-build clang libclang-rt-14-dev qt6-base-dev libgl-dev
+    cmake --preset fuzz
+    cmake --build --preset fuzz -j "$JOBS"
+
+    # Seeds: every metadata file of the tests, raw and wrapped the way metaData()
+    # returns it, and real plugin files for the scanning target.
+    local fuzz_dir="$ROOT/build-fuzz"
+    local metadata_corpus="$fuzz_dir/corpus/fuzz_metadata"
+    local scan_corpus="$fuzz_dir/corpus/fuzz_scan"
+    mkdir -p "$metadata_corpus" "$scan_corpus" "$fuzz_dir/findings"
+    local json folder seed
+    for json in "$ROOT"/tests/fixtures/*.json "$ROOT"/tests/*/plugins/*.json; do
+        # tests/fixtures/core.json is fixtures-core, tests/plugin/plugins/full.json plugin-full.
+        folder=${json#"$ROOT"/tests/}
+        folder=${folder%%/*}
+        seed=$folder-$(basename "$json" .json)
+        cp "$json" "$metadata_corpus/$seed.json"
+        {
+            printf '{"IID":"org.zelvane.Test/1.0","className":"TestPlugin","debug":false,"MetaData":'
+            cat "$json"
+            printf '}'
+        } >"$metadata_corpus/$seed-wrapped.json"
+    done
+    cp "$fuzz_dir"/tests/fuzz/seeds/*.so "$scan_corpus/"
+    # Regression inputs found by earlier runs start every run.
+    if [ -d "$ROOT/tests/fuzz/regressions" ]; then
+        cp "$ROOT"/tests/fuzz/regressions/metadata-* "$metadata_corpus/" 2>/dev/null || true
+        cp "$ROOT"/tests/fuzz/regressions/scan-* "$scan_corpus/" 2>/dev/null || true
+    fi
+
+    local target
+    for target in fuzz_metadata fuzz_scan; do
+        echo "build.sh fuzz: running $target for $seconds s"
+        "$fuzz_dir/tests/fuzz/$target" "$fuzz_dir/corpus/$target" \
+            -max_total_time="$seconds" -print_final_stats=1 \
+            -artifact_prefix="$fuzz_dir/findings/$target-"
+    done
 }
 
 command=${1:-}
 shift || true
 
 case "$command" in
-test)
-    sanitize=0
-    for argument in "$@"; do
-        case "$argument" in
-        --sanitize) sanitize=1 ;;
-        *) echo "build.sh test: unknown option $argument" >&2; exit 2 ;;
-        esac
-    done
-    ensure_packages "${PACKAGES[@]}"
-    if [ "$sanitize" -eq 1 ]; then
-        source "$ROOT/scripts/sanitize.sh"
-        exit 0
-    fi
-    configure_and_build "$ROOT/build"
-    run_tests "$ROOT/build"
-    ;;
-demo)
-    ensure_packages "${PACKAGES[@]}"
-    source "$ROOT/scripts/demo.sh"
-    ;;
-fuzz)
-    source "$ROOT/scripts/fuzz.sh"
-    ;;
+test) run_test "$@" ;;
+demo) run_demo ;;
+fuzz) run_fuzz "$@" ;;
 *)
-    echo "usage: ./build.sh test [--sanitize] | demo | fuzz [SECONDS]" >&2
+    echo "usage: ./build.sh test [--sanitize] [CTEST OPTIONS] | demo | fuzz [SECONDS]" >&2
     exit 2
     ;;
 esac
