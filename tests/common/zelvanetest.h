@@ -6,8 +6,10 @@
 #include <zelvane/plugincontroller.h>
 #include <zelvane/pluginloader.h>
 
+#include "logcapture.h"
 #include "plugin/plugindata_p.h"
 
+#include <QtCore/QCollator>
 #include <QtCore/QDir>
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
@@ -17,6 +19,7 @@
 #include <QtCore/QVariantMap>
 #include <QtTest/QAbstractItemModelTester>
 
+#include <algorithm>
 #include <memory>
 
 namespace ZelvaneTest {
@@ -40,6 +43,101 @@ inline bool copyPlugins(const QString& dir, const QStringList& targets)
             return false;
     }
     return true;
+}
+
+// The names of dir's plugin files in the order that discovery lists them: the file
+// system's own order.
+inline QStringList fileSystemListing(const QString& dir)
+{
+    return QDir(dir).entryList(QStringList { QStringLiteral("*.so") }, QDir::Files, QDir::NoSort);
+}
+
+// Only the given files of a listing, in its order.
+inline QStringList onlyThese(const QStringList& listing, const QStringList& fileNames)
+{
+    QStringList result;
+    for (const QString& name : listing) {
+        if (fileNames.contains(name))
+            result.append(name);
+    }
+    return result;
+}
+
+// Every order in which a library might list these files of dir by sorting their
+// names: QDir's name sorts (by code unit, ignoring case, by locale), digit runs read as
+// numbers, and each of these backwards.
+inline QList<QStringList> sortedListings(const QString& dir, const QStringList& fileNames)
+{
+    QList<QStringList> result;
+    for (const QDir::SortFlags flags :
+         { QDir::SortFlags(QDir::Name), QDir::Name | QDir::IgnoreCase,
+           QDir::Name | QDir::LocaleAware, QDir::Name | QDir::IgnoreCase | QDir::LocaleAware }) {
+        for (const QDir::SortFlags direction :
+             { QDir::SortFlags(), QDir::SortFlags(QDir::Reversed) }) {
+            const QStringList listing = QDir(dir).entryList(QStringList { QStringLiteral("*.so") },
+                                                            QDir::Files, flags | direction);
+            result.append(onlyThese(listing, fileNames));
+        }
+    }
+    for (const Qt::CaseSensitivity cs : { Qt::CaseSensitive, Qt::CaseInsensitive }) {
+        QCollator collator;
+        collator.setNumericMode(true);
+        collator.setCaseSensitivity(cs);
+        QStringList sorted = fileNames;
+        std::sort(sorted.begin(), sorted.end(), collator);
+        result.append(sorted);
+        std::reverse(sorted.begin(), sorted.end());
+        result.append(sorted);
+    }
+    return result;
+}
+
+// Whether the file system lists these files of dir in an order that no sorting of
+// their names gives: only then can a test tell discovery's order from a sorted one.
+inline bool listedUnsorted(const QString& dir, const QStringList& fileNames)
+{
+    const QStringList listed = onlyThese(fileSystemListing(dir), fileNames);
+    return listed.size() == fileNames.size() && !sortedListings(dir, fileNames).contains(listed);
+}
+
+// Copies the built plugins of targets (at most four) into dir under file names that
+// differ only in letter case and in digit runs, such as "p9.so", "P10.so", "p10.so":
+// names on which every sorting rule agrees as long as they are in lower case and of
+// one length. The file system's order depends on the names (ext4 lists by a hash of
+// them), so sets of names are tried in turn until the file system lists the copies
+// unsorted. Returns the file names in the order of targets; empty when no set does,
+// or a copy fails.
+inline QStringList copyUnderUnsortedNames(const QString& dir, const QStringList& targets)
+{
+    static const QList<QStringList> nameSets {
+        { "p9", "P10", "p10", "P9" },
+        { "a10", "A2", "a2", "A10" },
+        { "Note3", "note12", "note3", "Note12" },
+        { "x100", "X7", "x7", "X100" },
+        { "Tag1", "tag20", "tag1", "Tag20" },
+        { "m5", "M40", "m40", "M5" },
+        { "k4", "K30", "k30", "K4" },
+        { "Z11", "z7", "z11", "Z7" },
+        { "b3", "B20", "b20", "B3" },
+        { "Link8", "link10", "link8", "Link10" },
+    };
+    if (targets.size() > 4)
+        return {};
+    for (const QStringList& names : nameSets) {
+        QStringList fileNames;
+        QStringList entries;
+        for (qsizetype i = 0; i < targets.size(); ++i) {
+            fileNames.append(names.at(i) + QStringLiteral(".so"));
+            entries.append(targets.at(i) + QLatin1Char('=') + fileNames.last());
+        }
+        if (!copyPlugins(dir, entries))
+            return {};
+        if (listedUnsorted(dir, fileNames))
+            return fileNames;
+        for (const QString& fileName : std::as_const(fileNames))
+            QFile::remove(QDir(dir).filePath(fileName));
+    }
+    return {};
 }
 
 // Copies one built test plugin into a new folder of its own below parent and returns
@@ -99,53 +197,6 @@ inline Zelvane::PluginLoader makePlugin(const QString& name, const QString& cate
         { QStringLiteral("Description"), description },
     });
 }
-
-// A message as a message handler sees it.
-struct LogRecord
-{
-    QtMsgType type;
-    QString category; // "<null>" when the context carried no category
-    QString file; // "<null>" likewise
-    QString function; // "<null>" likewise
-    int line;
-    QString message;
-};
-
-// Captures every message while alive, and restores the previous handler after.
-class LogCapture
-{
-public:
-    LogCapture()
-    {
-        s_records.clear();
-        m_previous = qInstallMessageHandler(&LogCapture::handler);
-    }
-    ~LogCapture() { qInstallMessageHandler(m_previous); }
-    LogCapture(const LogCapture&) = delete;
-    LogCapture& operator=(const LogCapture&) = delete;
-
-    QList<LogRecord> records() const { return s_records; }
-    QStringList messages() const
-    {
-        QStringList result;
-        for (const LogRecord& record : s_records)
-            result.append(record.message);
-        return result;
-    }
-
-private:
-    static void handler(QtMsgType type, const QMessageLogContext& context, const QString& message)
-    {
-        const auto text = [](const char* value) {
-            return value ? QString::fromUtf8(value) : QStringLiteral("<null>");
-        };
-        s_records.append(LogRecord { type, text(context.category), text(context.file),
-                                     text(context.function), context.line, message });
-    }
-
-    static inline QList<LogRecord> s_records;
-    QtMessageHandler m_previous;
-};
 
 // PluginsModel's rowCount() answers the same for every parent, on purpose. The model
 // tester reports two consequences for the first row's index: it has rows but no

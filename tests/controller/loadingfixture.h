@@ -93,6 +93,14 @@ inline QStringList withPrefix(const QString& prefix, const QStringList& names)
     return result;
 }
 
+inline QStringList withSuffix(const QStringList& names, const QString& suffix)
+{
+    QStringList result;
+    for (const QString& name : names)
+        result.append(name + suffix);
+    return result;
+}
+
 inline QStringList initializeEvents(const QStringList& names)
 {
     return withPrefix(QStringLiteral("initialize:"), names);

@@ -22,7 +22,7 @@ class tst_ControllerState : public QObject
 {
     Q_OBJECT
 
-private Q_SLOTS:
+private slots:
     void init();
     void isEnabled_data();
     void isEnabled();

@@ -186,7 +186,7 @@ QString violation(const QList<Record>& input, const QList<Record>& output)
 
 } // namespace
 
-class TestDependencySorting : public QObject
+class tst_DependencySorting : public QObject
 {
     Q_OBJECT
 
@@ -199,7 +199,7 @@ private slots:
     void randomLists();
 };
 
-void TestDependencySorting::ordering_data()
+void tst_DependencySorting::ordering_data()
 {
     QTest::addColumn<QString>("input");
     QTest::addColumn<QString>("expected");
@@ -252,7 +252,7 @@ void TestDependencySorting::ordering_data()
                                                               << "B C D A";
 }
 
-void TestDependencySorting::ordering()
+void tst_DependencySorting::ordering()
 {
     QFETCH(QString, input);
     QFETCH(QString, expected);
@@ -266,7 +266,7 @@ void TestDependencySorting::ordering()
     QCOMPARE(labels(plugins), expectedLabels);
 }
 
-void TestDependencySorting::recordsOrderLikeHandles()
+void tst_DependencySorting::recordsOrderLikeHandles()
 {
     // The randomized test sorts plain records; they must be ordered like handles.
     QFETCH(QString, input);
@@ -287,7 +287,7 @@ void TestDependencySorting::recordsOrderLikeHandles()
     QCOMPARE(fromRecords, labels(plugins));
 }
 
-void TestDependencySorting::sharedListIsDetached()
+void tst_DependencySorting::sharedListIsDetached()
 {
     QList<PluginLoader> plugins = handles(parse(QStringLiteral("A[E] B E")));
     const QList<PluginLoader> copy = plugins;
@@ -300,7 +300,7 @@ void TestDependencySorting::sharedListIsDetached()
              (QStringList { QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("E") }));
 }
 
-void TestDependencySorting::randomLists()
+void tst_DependencySorting::randomLists()
 {
     quint32 seed = QRandomGenerator::global()->generate();
     const QByteArray fixed = qgetenv("ZELVANE_TEST_SEED");
@@ -364,6 +364,6 @@ void TestDependencySorting::randomLists()
     QVERIFY2(stuck > lists / 10, qPrintable(QString::number(stuck)));
 }
 
-QTEST_GUILESS_MAIN(TestDependencySorting)
+QTEST_GUILESS_MAIN(tst_DependencySorting)
 
 #include "tst_dependencysorting.moc"

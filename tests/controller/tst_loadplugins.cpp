@@ -34,7 +34,7 @@ class tst_LoadPlugins : public QObject
 {
     Q_OBJECT
 
-private Q_SLOTS:
+private slots:
     void init();
     void noCorePlugin_data();
     void noCorePlugin();
@@ -43,6 +43,7 @@ private Q_SLOTS:
     void disabledExtensionsAreNotLoaded();
     void otherCategoriesAreNeverLoaded();
     void independentPluginsLoadInDiscoveryOrder();
+    void fileNamesDifferingInCaseAndDigits();
     void coreMovesBehindItsDependency();
     void dependencyOnDisabledExtensionDropsThePlugin();
     void stuckOrderingDropsOnlyThePluginAtTheBoundary();
@@ -217,6 +218,35 @@ void tst_LoadPlugins::independentPluginsLoadInDiscoveryOrder()
 
     QCOMPARE(controller->loadPlugins(QDir(scenario.pluginDir())), true);
     QCOMPARE(ZelvaneTest::events(), initializeEvents(order));
+
+    controller->shutdown();
+    QCOMPARE(ZelvaneTest::events(), initializeEvents(order) + destroyEvents(reversed(order)));
+}
+
+void tst_LoadPlugins::fileNamesDifferingInCaseAndDigits()
+{
+    // Four extensions under names that differ only in letter case and digit runs, which
+    // the file system lists in no sorted order: they load, and get their model rows, in
+    // discovery order.
+    Scenario scenario;
+    QVERIFY(scenario.create({ "zt_loading_alpha" }));
+    const QString dir = scenario.pluginDir();
+    const QStringList fileNames = ZelvaneTest::copyUnderUnsortedNames(
+        dir, { "zt_loading_notes", "zt_loading_tags", "zt_loading_links", "zt_loading_plain" });
+    QVERIFY2(fileNames.size() == 4, "no set of names that the file system lists unsorted");
+    QVERIFY2(ZelvaneTest::listedUnsorted(dir, fileNames),
+             qPrintable(ZelvaneTest::fileSystemListing(dir).join(QLatin1String(", "))));
+    scenario.configureController();
+    const QStringList order
+        = QStringList { "Alpha" } + discoveryOrder(dir, QStringLiteral("Extension"));
+    QCOMPARE(order.size(), 5);
+    PluginController* controller = PluginController::instance();
+
+    QCOMPARE(controller->loadPlugins(QDir(dir)), true);
+    QCOMPARE(ZelvaneTest::events(), initializeEvents(order));
+    QVERIFY(controller->pluginsModel());
+    QCOMPARE(modelRows(controller->pluginsModel()), withSuffix(order, QStringLiteral("=on")));
+    QCOMPARE(modelTesterComplaints(controller->pluginsModel()), QStringList());
 
     controller->shutdown();
     QCOMPARE(ZelvaneTest::events(), initializeEvents(order) + destroyEvents(reversed(order)));

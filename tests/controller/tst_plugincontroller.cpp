@@ -37,7 +37,7 @@ class tst_PluginController : public QObject
 {
     Q_OBJECT
 
-private Q_SLOTS:
+private slots:
     // These need a controller that nothing has configured yet.
     void instanceIsUnique();
     void poolOwnedByController();

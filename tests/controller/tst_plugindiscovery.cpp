@@ -6,6 +6,7 @@
 // the same listing call that discovery makes.
 
 #include "controller/plugindiscovery_p.h"
+#include "settingsfixture.h"
 #include "zelvanetest.h"
 
 #include <zelvane/plugincontroller.h>
@@ -75,17 +76,9 @@ QStringList descriptions(const QList<PluginLoader>& plugins)
     return result;
 }
 
-bool writeFile(const QString& path, const QByteArray& content)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
-    return file.write(content) == content.size();
-}
-
 } // namespace
 
-class TestPluginDiscovery : public QObject
+class tst_PluginDiscovery : public QObject
 {
     Q_OBJECT
 
@@ -104,6 +97,7 @@ private slots:
     void droppedFileIsLogged();
     void droppedFilesAreLoggedInListingOrder();
     void extensionsComeOutInReverseListingOrder();
+    void fileNamesDifferingInCaseAndDigits();
     void categoriesIterateInKeyOrder();
     void sameNameTwiceIsKeptTwice();
     void sameFileUnderTwoNamesIsKeptTwice();
@@ -124,18 +118,18 @@ private:
     std::unique_ptr<QTemporaryDir> m_dir;
 };
 
-void TestPluginDiscovery::initTestCase()
+void tst_PluginDiscovery::initTestCase()
 {
     PluginController::instance()->setPluginIID(QStringLiteral(ZELVANE_TEST_IID));
 }
 
-void TestPluginDiscovery::init()
+void tst_PluginDiscovery::init()
 {
     m_dir = std::make_unique<QTemporaryDir>();
     QVERIFY2(m_dir->isValid(), qPrintable(m_dir->errorString()));
 }
 
-void TestPluginDiscovery::cleanup()
+void tst_PluginDiscovery::cleanup()
 {
     PluginController::instance()->setPluginIID(QStringLiteral(ZELVANE_TEST_IID));
     // Discovery reads metadata only: no plugin library may have run any code.
@@ -143,12 +137,12 @@ void TestPluginDiscovery::cleanup()
     m_dir.reset();
 }
 
-QString TestPluginDiscovery::scenarioDir()
+QString tst_PluginDiscovery::scenarioDir()
 {
     return m_dir->path();
 }
 
-void TestPluginDiscovery::verifyDroppedLine(const LogRecord& record, const QString& expected)
+void tst_PluginDiscovery::verifyDroppedLine(const LogRecord& record, const QString& expected)
 {
     QCOMPARE(record.message, expected);
     QCOMPARE(record.type, QtDebugMsg);
@@ -158,14 +152,14 @@ void TestPluginDiscovery::verifyDroppedLine(const LogRecord& record, const QStri
     QCOMPARE(record.line, 0);
 }
 
-void TestPluginDiscovery::emptyFolder_data()
+void tst_PluginDiscovery::emptyFolder_data()
 {
     QTest::addColumn<bool>("exists");
     QTest::newRow("empty folder") << true;
     QTest::newRow("path that does not exist") << false;
 }
 
-void TestPluginDiscovery::emptyFolder()
+void tst_PluginDiscovery::emptyFolder()
 {
     QFETCH(bool, exists);
     const QString path = exists ? scenarioDir() : scenarioDir() + QStringLiteral("/missing");
@@ -177,7 +171,7 @@ void TestPluginDiscovery::emptyFolder()
     QCOMPARE(log.messages(), QStringList());
 }
 
-void TestPluginDiscovery::entriesThatAreNotListed_data()
+void tst_PluginDiscovery::entriesThatAreNotListed_data()
 {
     QTest::addColumn<QString>("kind");
     QTest::newRow("folder named x.so holding a plugin") << QStringLiteral("folder");
@@ -186,7 +180,7 @@ void TestPluginDiscovery::entriesThatAreNotListed_data()
     QTest::newRow("dangling link x.so") << QStringLiteral("dangling");
 }
 
-void TestPluginDiscovery::entriesThatAreNotListed()
+void tst_PluginDiscovery::entriesThatAreNotListed()
 {
     QFETCH(QString, kind);
     const QString dir = scenarioDir();
@@ -213,7 +207,7 @@ void TestPluginDiscovery::entriesThatAreNotListed()
     QCOMPARE(log.messages(), QStringList());
 }
 
-void TestPluginDiscovery::entriesThatAreListed_data()
+void tst_PluginDiscovery::entriesThatAreListed_data()
 {
     QTest::addColumn<QString>("kind");
     QTest::addColumn<QString>("fileName");
@@ -222,7 +216,7 @@ void TestPluginDiscovery::entriesThatAreListed_data()
     QTest::newRow("link to a plugin elsewhere") << QStringLiteral("link") << QStringLiteral("x.so");
 }
 
-void TestPluginDiscovery::entriesThatAreListed()
+void tst_PluginDiscovery::entriesThatAreListed()
 {
     QFETCH(QString, kind);
     QFETCH(QString, fileName);
@@ -240,7 +234,7 @@ void TestPluginDiscovery::entriesThatAreListed()
     QCOMPARE(log.messages(), QStringList());
 }
 
-void TestPluginDiscovery::droppedFileIsLogged_data()
+void tst_PluginDiscovery::droppedFileIsLogged_data()
 {
     QTest::addColumn<QString>("target"); // empty: a file written by the test
     QTest::addColumn<QString>("fileName");
@@ -274,7 +268,7 @@ void TestPluginDiscovery::droppedFileIsLogged_data()
                                          << QByteArray() << QStringLiteral("\"\"");
 }
 
-void TestPluginDiscovery::droppedFileIsLogged()
+void tst_PluginDiscovery::droppedFileIsLogged()
 {
     QFETCH(QString, target);
     QFETCH(QString, fileName);
@@ -283,7 +277,7 @@ void TestPluginDiscovery::droppedFileIsLogged()
 
     const QString dir = scenarioDir();
     if (target.isEmpty())
-        QVERIFY(writeFile(QDir(dir).filePath(fileName), content));
+        QVERIFY(ZelvaneTest::writeFile(QDir(dir).filePath(fileName), content));
     else
         QVERIFY(copy({ target }));
     QVERIFY(copy({ QStringLiteral("zt_discovery_alpha") }));
@@ -310,14 +304,14 @@ void TestPluginDiscovery::droppedFileIsLogged()
     }
 }
 
-void TestPluginDiscovery::droppedFilesAreLoggedInListingOrder()
+void tst_PluginDiscovery::droppedFilesAreLoggedInListingOrder()
 {
     const QString dir = scenarioDir();
     QVERIFY(copy({ QStringLiteral("zt_notaplugin"), QStringLiteral("zt_discovery_stranger"),
                    QStringLiteral("zt_discovery_nometadata"), QStringLiteral("zt_discovery_noname"),
                    QStringLiteral("zt_discovery_badarguments"),
                    QStringLiteral("zt_discovery_alpha"), QStringLiteral("zt_discovery_beta") }));
-    QVERIFY(writeFile(dir + QStringLiteral("/notes.so"), "not a library\n"));
+    QVERIFY(ZelvaneTest::writeFile(dir + QStringLiteral("/notes.so"), "not a library\n"));
 
     const QHash<QString, QString> lines {
         { fileOf(QStringLiteral("zt_notaplugin")),
@@ -352,7 +346,7 @@ void TestPluginDiscovery::droppedFilesAreLoggedInListingOrder()
     QCOMPARE(plugins.uniqueKeys(), QStringList { QStringLiteral("Extension") });
 }
 
-void TestPluginDiscovery::extensionsComeOutInReverseListingOrder()
+void tst_PluginDiscovery::extensionsComeOutInReverseListingOrder()
 {
     const QString dir = scenarioDir();
     QVERIFY(copy({ QStringLiteral("zt_discovery_alpha"), QStringLiteral("zt_discovery_beta") }));
@@ -376,7 +370,31 @@ void TestPluginDiscovery::extensionsComeOutInReverseListingOrder()
     QCOMPARE(log.messages(), QStringList());
 }
 
-void TestPluginDiscovery::categoriesIterateInKeyOrder()
+void tst_PluginDiscovery::fileNamesDifferingInCaseAndDigits()
+{
+    // Four extensions under names such as "p9.so", "P10.so", "p10.so" and "P9.so", which
+    // the file system lists in no sorted order: discovery follows the listing, so a
+    // sorted listing, with or without letter case, or with numbers read as numbers,
+    // gives another order.
+    const QString dir = scenarioDir();
+    const QStringList fileNames = ZelvaneTest::copyUnderUnsortedNames(
+        dir, { "zt_discovery_alpha", "zt_discovery_beta", "zt_loading_notes", "zt_loading_tags" });
+    QVERIFY2(fileNames.size() == 4, "no set of names that the file system lists unsorted");
+    QVERIFY2(ZelvaneTest::listedUnsorted(dir, fileNames),
+             qPrintable(listing(dir).join(QLatin1String(", "))));
+    const QStringList pluginNames { "Alpha", "Beta", "Notes", "Tags" };
+    QStringList expected;
+    for (const QString& file : listing(dir))
+        expected.prepend(pluginNames.at(fileNames.indexOf(file)));
+    QCOMPARE(expected.size(), 4);
+
+    LogCapture log;
+    const Plugins plugins = Zelvane::scanPlugins(QDir(dir));
+    QCOMPARE(names(plugins.values(QStringLiteral("Extension"))), expected);
+    QCOMPARE(log.messages(), QStringList());
+}
+
+void tst_PluginDiscovery::categoriesIterateInKeyOrder()
 {
     const QString dir = scenarioDir();
     QVERIFY(copy({ QStringLiteral("zt_core"), QStringLiteral("zt_discovery_alpha"),
@@ -416,7 +434,7 @@ void TestPluginDiscovery::categoriesIterateInKeyOrder()
     QCOMPARE(log.messages(), QStringList());
 }
 
-void TestPluginDiscovery::sameNameTwiceIsKeptTwice()
+void tst_PluginDiscovery::sameNameTwiceIsKeptTwice()
 {
     const QString dir = scenarioDir();
     QVERIFY(
@@ -439,7 +457,7 @@ void TestPluginDiscovery::sameNameTwiceIsKeptTwice()
     QCOMPARE(log.messages(), QStringList());
 }
 
-void TestPluginDiscovery::sameFileUnderTwoNamesIsKeptTwice()
+void tst_PluginDiscovery::sameFileUnderTwoNamesIsKeptTwice()
 {
     const QString dir = scenarioDir();
     QVERIFY(copy({ QStringLiteral("zt_discovery_beta=first.so"),
@@ -452,7 +470,7 @@ void TestPluginDiscovery::sameFileUnderTwoNamesIsKeptTwice()
     QCOMPARE(log.messages(), QStringList());
 }
 
-void TestPluginDiscovery::identifierChangeBetweenCalls()
+void tst_PluginDiscovery::identifierChangeBetweenCalls()
 {
     const QString dir = scenarioDir();
     QVERIFY(
@@ -487,7 +505,7 @@ void TestPluginDiscovery::identifierChangeBetweenCalls()
     }
 }
 
-void TestPluginDiscovery::identifierDiffersInLetterCase()
+void tst_PluginDiscovery::identifierDiffersInLetterCase()
 {
     const QString dir = scenarioDir();
     QVERIFY(copy({ QStringLiteral("zt_discovery_alpha"), QStringLiteral("zt_discovery_beta") }));
@@ -505,7 +523,7 @@ void TestPluginDiscovery::identifierDiffersInLetterCase()
     QCOMPARE(log.messages(), expected);
 }
 
-void TestPluginDiscovery::everyCallScansAfresh()
+void tst_PluginDiscovery::everyCallScansAfresh()
 {
     const QString dir = scenarioDir();
     QVERIFY(copy({ QStringLiteral("zt_discovery_alpha") }));
@@ -520,7 +538,7 @@ void TestPluginDiscovery::everyCallScansAfresh()
     QCOMPARE(entries(Zelvane::scanPlugins(QDir(dir))), QStringList { QStringLiteral("Core:Core") });
 }
 
-void TestPluginDiscovery::acceptedHandlesAreScannedNotLoaded()
+void tst_PluginDiscovery::acceptedHandlesAreScannedNotLoaded()
 {
     const QString dir = scenarioDir();
     QVERIFY(copy({ QStringLiteral("zt_discovery_alpha"), QStringLiteral("zt_core") }));
@@ -540,6 +558,6 @@ void TestPluginDiscovery::acceptedHandlesAreScannedNotLoaded()
     QCOMPARE(plugins.value(QStringLiteral("Core")).name(), QStringLiteral("Core"));
 }
 
-QTEST_GUILESS_MAIN(TestPluginDiscovery)
+QTEST_GUILESS_MAIN(tst_PluginDiscovery)
 
 #include "tst_plugindiscovery.moc"

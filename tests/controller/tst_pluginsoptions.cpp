@@ -78,12 +78,13 @@ class tst_PluginsOptions : public QObject
 {
     Q_OBJECT
 
-private Q_SLOTS:
+private slots:
     void init();
     void noOptions_data();
     void noOptions();
     void declaredOptions_data();
     void declaredOptions();
+    void fileNamesDifferingInCaseAndDigits();
     void sameNameClashesOnlyInTheParser();
     void parsedOptionsReachInitialize();
 };
@@ -176,6 +177,29 @@ void tst_PluginsOptions::declaredOptions()
     QCOMPARE(controller->pluginsModel(), nullptr);
     QCOMPARE(controller->errorString(), QStringLiteral("Unknown error"));
     QCOMPARE(scenario.settings()->allKeys(), keysBefore);
+}
+
+void tst_PluginsOptions::fileNamesDifferingInCaseAndDigits()
+{
+    // Three extensions with options under names that differ only in letter case and
+    // digit runs, listed by the file system in no sorted order: their options come in
+    // discovery order, not in an order of the file names.
+    Scenario scenario;
+    QVERIFY(scenario.create({ "zt_loading_editor" }));
+    const QString dir = scenario.pluginDir();
+    const QStringList fileNames = ZelvaneTest::copyUnderUnsortedNames(
+        dir, { "zt_loading_spelling", "zt_loading_export", "zt_loading_twice" });
+    QVERIFY2(fileNames.size() == 3, "no set of names that the file system lists unsorted");
+    QVERIFY2(ZelvaneTest::listedUnsorted(dir, fileNames),
+             qPrintable(ZelvaneTest::fileSystemListing(dir).join(QLatin1String(", "))));
+    scenario.configureController();
+
+    const QList<QCommandLineOption> options
+        = PluginController::instance()->pluginsOptions(QDir(dir));
+
+    const QStringList expected = expectedOptions(dir);
+    QCOMPARE(expected.size(), 8);
+    QCOMPARE(describe(options), expected);
 }
 
 void tst_PluginsOptions::sameNameClashesOnlyInTheParser()

@@ -1,9 +1,11 @@
 // zelvane-demo run as a user runs it headless: --list and --screenshot over the
 // example plugins.
 
+#include "processrunner.h"
+#include "settingsfixture.h"
+
 #include <QtCore/QDir>
 #include <QtCore/QFile>
-#include <QtCore/QProcess>
 #include <QtCore/QSet>
 #include <QtCore/QTemporaryDir>
 #include <QtGui/QColor>
@@ -14,28 +16,11 @@ namespace {
 
 const QString pluginDir = QStringLiteral(ZELVANE_EXAMPLE_PLUGIN_DIR);
 
-struct Result
-{
-    int exitCode = -1;
-    QString out;
-    QString err;
-};
+using Result = ZelvaneTest::ProcessResult;
 
 Result runDemo(const QStringList& arguments)
 {
-    QProcess process;
-    process.start(QStringLiteral(ZELVANE_DEMO_EXECUTABLE), arguments);
-    if (!process.waitForFinished(60000))
-        return {};
-    return { process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
-             QString::fromUtf8(process.readAllStandardOutput()),
-             QString::fromUtf8(process.readAllStandardError()) };
-}
-
-bool writeFile(const QString& path, const QByteArray& content)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
+    return ZelvaneTest::runProcess(QStringLiteral(ZELVANE_DEMO_EXECUTABLE), arguments);
 }
 
 int countPixels(const QImage& image, const std::function<bool(QRgb)>& wanted)
@@ -178,7 +163,7 @@ void tst_Demo::list()
     QVERIFY(folder.isValid());
     const QString settingsFile = folder.filePath(QStringLiteral("demo.ini"));
     if (!settings.isEmpty())
-        QVERIFY(writeFile(settingsFile, settings));
+        QVERIFY(ZelvaneTest::writeFile(settingsFile, settings));
 
     const Result result = runDemo(
         QStringList { QStringLiteral("--list"), QStringLiteral("--settings"), settingsFile }

@@ -14,7 +14,7 @@
 
 using Zelvane::PluginsCaterogies;
 
-class TestPluginsCaterogies : public QObject
+class tst_PluginsCaterogies : public QObject
 {
     Q_OBJECT
 
@@ -35,7 +35,7 @@ private slots:
     void noDefaultConstructor();
 };
 
-void TestPluginsCaterogies::keys()
+void tst_PluginsCaterogies::keys()
 {
     QObject owner;
     PluginsCaterogies categories(&owner);
@@ -47,7 +47,7 @@ void TestPluginsCaterogies::keys()
     QCOMPARE(categories.corePluginCategoryKey(), QStringLiteral("Core"));
 }
 
-void TestPluginsCaterogies::requiredParent()
+void tst_PluginsCaterogies::requiredParent()
 {
     auto* owner = new QObject;
     QPointer<PluginsCaterogies> categories = new PluginsCaterogies(owner);
@@ -60,7 +60,7 @@ void TestPluginsCaterogies::requiredParent()
     QCOMPARE(orphan.parent(), nullptr);
 }
 
-void TestPluginsCaterogies::metaObject()
+void tst_PluginsCaterogies::metaObject()
 {
     const QMetaObject& meta = PluginsCaterogies::staticMetaObject;
     QCOMPARE(QByteArray(meta.className()), QByteArrayLiteral("Zelvane::PluginsCaterogies"));
@@ -80,7 +80,7 @@ void TestPluginsCaterogies::metaObject()
     QVERIFY(!categories.inherits("PluginsCaterogies"));
 }
 
-void TestPluginsCaterogies::methods_data()
+void tst_PluginsCaterogies::methods_data()
 {
     QTest::addColumn<int>("relativeIndex");
     QTest::addColumn<QByteArray>("signature");
@@ -88,7 +88,7 @@ void TestPluginsCaterogies::methods_data()
     QTest::newRow("index 1") << 1 << QByteArrayLiteral("extensionPluginCategoryKey()");
 }
 
-void TestPluginsCaterogies::methods()
+void tst_PluginsCaterogies::methods()
 {
     QFETCH(int, relativeIndex);
     QFETCH(QByteArray, signature);
@@ -105,7 +105,7 @@ void TestPluginsCaterogies::methods()
     QCOMPARE(method.revision(), 0);
 }
 
-void TestPluginsCaterogies::invokeByName_data()
+void tst_PluginsCaterogies::invokeByName_data()
 {
     QTest::addColumn<QByteArray>("name");
     QTest::addColumn<QString>("expected");
@@ -115,7 +115,7 @@ void TestPluginsCaterogies::invokeByName_data()
         << QByteArrayLiteral("extensionPluginCategoryKey") << QStringLiteral("Extension");
 }
 
-void TestPluginsCaterogies::invokeByName()
+void tst_PluginsCaterogies::invokeByName()
 {
     QFETCH(QByteArray, name);
     QFETCH(QString, expected);
@@ -128,7 +128,7 @@ void TestPluginsCaterogies::invokeByName()
     QCOMPARE(result, expected);
 }
 
-void TestPluginsCaterogies::invokeByIndex_data()
+void tst_PluginsCaterogies::invokeByIndex_data()
 {
     QTest::addColumn<int>("relativeIndex");
     QTest::addColumn<QString>("expected");
@@ -136,7 +136,7 @@ void TestPluginsCaterogies::invokeByIndex_data()
     QTest::newRow("index 1") << 1 << QStringLiteral("Extension");
 }
 
-void TestPluginsCaterogies::invokeByIndex()
+void tst_PluginsCaterogies::invokeByIndex()
 {
     QFETCH(int, relativeIndex);
     QFETCH(QString, expected);
@@ -158,7 +158,7 @@ void TestPluginsCaterogies::invokeByIndex()
     QVERIFY(rest < 0);
 }
 
-void TestPluginsCaterogies::otherMetaCallsAreIgnored()
+void tst_PluginsCaterogies::otherMetaCallsAreIgnored()
 {
     QObject owner;
     PluginsCaterogies categories(&owner);
@@ -176,7 +176,7 @@ void TestPluginsCaterogies::otherMetaCallsAreIgnored()
     }
 }
 
-void TestPluginsCaterogies::unknownMethodIsRefused()
+void tst_PluginsCaterogies::unknownMethodIsRefused()
 {
     QObject owner;
     PluginsCaterogies categories(&owner);
@@ -190,7 +190,7 @@ void TestPluginsCaterogies::unknownMethodIsRefused()
     QCOMPARE(result, QStringLiteral("untouched"));
 }
 
-void TestPluginsCaterogies::metaCast_data()
+void tst_PluginsCaterogies::metaCast_data()
 {
     QTest::addColumn<QByteArray>("name");
     QTest::addColumn<bool>("self");
@@ -202,7 +202,7 @@ void TestPluginsCaterogies::metaCast_data()
     QTest::newRow("empty") << QByteArrayLiteral("") << false;
 }
 
-void TestPluginsCaterogies::metaCast()
+void tst_PluginsCaterogies::metaCast()
 {
     QFETCH(QByteArray, name);
     QFETCH(bool, self);
@@ -218,7 +218,7 @@ void TestPluginsCaterogies::metaCast()
     QCOMPARE(qobject_cast<PluginsCaterogies*>(&owner), nullptr);
 }
 
-void TestPluginsCaterogies::noDefaultConstructor()
+void tst_PluginsCaterogies::noDefaultConstructor()
 {
     QVERIFY(!std::is_default_constructible_v<PluginsCaterogies>);
     QVERIFY((std::is_constructible_v<PluginsCaterogies, QObject*>));
@@ -237,6 +237,6 @@ void TestPluginsCaterogies::noDefaultConstructor()
     QCOMPARE(PluginsCaterogies::staticMetaObject.newInstance(), nullptr);
 }
 
-QTEST_GUILESS_MAIN(TestPluginsCaterogies)
+QTEST_GUILESS_MAIN(tst_PluginsCaterogies)
 
 #include "tst_pluginscaterogies.moc"

@@ -3,6 +3,7 @@
 // `model.checked = true`. The test leaves a picture of the scene in the build folder.
 
 #include "modeltestsupport.h"
+#include "settingsfixture.h"
 #include "zelvanetest.h"
 
 #include <zelvane/pluginscaterogies.h>
@@ -36,7 +37,7 @@ const QString extension = QStringLiteral("Extension");
 
 } // namespace
 
-class TestPluginsQml : public QObject
+class tst_PluginsQml : public QObject
 {
     Q_OBJECT
 
@@ -50,7 +51,10 @@ private:
     QQuickItem* delegate(int row) const;
     int row(const QString& name) const;
     void verifyDelegates();
-    QStringList stored() const;
+    QStringList stored() const
+    {
+        return ZelvaneTest::storedSelection(m_dir->filePath(QStringLiteral("settings.ini")));
+    }
     QStringList states() const;
 
     std::unique_ptr<LogCapture> m_log;
@@ -61,20 +65,20 @@ private:
     std::unique_ptr<QQuickView> m_view;
 };
 
-void TestPluginsQml::initTestCase()
+void tst_PluginsQml::initTestCase()
 {
     // Drawn without a GPU, so that the offscreen platform can render and grab it.
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
 }
 
-void TestPluginsQml::init()
+void tst_PluginsQml::init()
 {
     m_log = std::make_unique<LogCapture>();
     m_dir = std::make_unique<QTemporaryDir>();
     QVERIFY(m_dir->isValid());
 }
 
-void TestPluginsQml::cleanup()
+void tst_PluginsQml::cleanup()
 {
     m_view.reset();
     m_tester.reset();
@@ -90,7 +94,7 @@ void TestPluginsQml::cleanup()
     }
 }
 
-QQuickItem* TestPluginsQml::delegate(int row) const
+QQuickItem* tst_PluginsQml::delegate(int row) const
 {
     auto* list = m_view->rootObject()->findChild<QQuickItem*>(QStringLiteral("list"));
     if (!list)
@@ -101,7 +105,7 @@ QQuickItem* TestPluginsQml::delegate(int row) const
     return item;
 }
 
-int TestPluginsQml::row(const QString& name) const
+int tst_PluginsQml::row(const QString& name) const
 {
     const QModelIndexList found
         = m_model->match(m_model->index(0, 0), PluginsModel::NameRole, name, 1, Qt::MatchExactly);
@@ -109,7 +113,7 @@ int TestPluginsQml::row(const QString& name) const
 }
 
 // Every delegate shows what the model holds for its row.
-void TestPluginsQml::verifyDelegates()
+void tst_PluginsQml::verifyDelegates()
 {
     for (int i = 0; i < m_model->rowCount(); ++i) {
         const QModelIndex index = m_model->index(i, 0);
@@ -132,18 +136,7 @@ void TestPluginsQml::verifyDelegates()
     }
 }
 
-QStringList TestPluginsQml::stored() const
-{
-    QSettings settings(m_dir->filePath(QStringLiteral("settings.ini")), QSettings::IniFormat);
-    settings.beginGroup(QStringLiteral("plugin"));
-    QStringList result;
-    for (const QString& key : settings.childKeys())
-        result.append(key + QLatin1Char('=') + settings.value(key).toString());
-    result.sort();
-    return result;
-}
-
-QStringList TestPluginsQml::states() const
+QStringList tst_PluginsQml::states() const
 {
     QStringList result;
     for (int i = 0; i < m_model->rowCount(); ++i) {
@@ -158,7 +151,7 @@ QStringList TestPluginsQml::states() const
     return result;
 }
 
-void TestPluginsQml::delegatesBindAndTick()
+void tst_PluginsQml::delegatesBindAndTick()
 {
     m_settings = std::make_unique<QSettings>(m_dir->filePath(QStringLiteral("settings.ini")),
                                              QSettings::IniFormat);
@@ -227,6 +220,6 @@ void TestPluginsQml::delegatesBindAndTick()
     QVERIFY(image.save(screenshot));
 }
 
-QTEST_MAIN(TestPluginsQml)
+QTEST_MAIN(tst_PluginsQml)
 
 #include "tst_pluginsqml.moc"

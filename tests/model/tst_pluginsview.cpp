@@ -3,6 +3,7 @@
 // it. The test leaves a picture of the view in the build folder.
 
 #include "modeltestsupport.h"
+#include "settingsfixture.h"
 #include "zelvanetest.h"
 
 #include <zelvane/pluginsmodel.h>
@@ -46,7 +47,7 @@ public:
 
 } // namespace
 
-class TestPluginsView : public QObject
+class tst_PluginsView : public QObject
 {
     Q_OBJECT
 
@@ -59,8 +60,15 @@ private:
     QRect checkBox(const QModelIndex& index) const;
     QImage checkBoxImage(const QModelIndex& index) const;
     QModelIndex row(const QString& name) const;
-    QStringList stored() const;
-    QStringList states() const;
+    QStringList stored() const
+    {
+        return ZelvaneTest::storedSelection(m_dir->filePath(QStringLiteral("settings.ini")));
+    }
+    // The rows as the view reads them: ticked when the check state role says so.
+    QStringList states() const
+    {
+        return ZelvaneTest::checkStates(m_model.get(), Qt::CheckStateRole);
+    }
     void click(const QString& name);
 
     std::unique_ptr<LogCapture> m_log;
@@ -72,14 +80,14 @@ private:
     std::unique_ptr<Delegate> m_delegate;
 };
 
-void TestPluginsView::init()
+void tst_PluginsView::init()
 {
     m_log = std::make_unique<LogCapture>();
     m_dir = std::make_unique<QTemporaryDir>();
     QVERIFY(m_dir->isValid());
 }
 
-void TestPluginsView::cleanup()
+void tst_PluginsView::cleanup()
 {
     m_view.reset();
     m_delegate.reset();
@@ -95,7 +103,7 @@ void TestPluginsView::cleanup()
     }
 }
 
-QRect TestPluginsView::checkBox(const QModelIndex& index) const
+QRect tst_PluginsView::checkBox(const QModelIndex& index) const
 {
     QStyleOptionViewItem option;
     m_view->initViewItemOption(&option);
@@ -106,45 +114,19 @@ QRect TestPluginsView::checkBox(const QModelIndex& index) const
 }
 
 // What the view shows of one row's check box, taken from the screen.
-QImage TestPluginsView::checkBoxImage(const QModelIndex& index) const
+QImage tst_PluginsView::checkBoxImage(const QModelIndex& index) const
 {
     return m_view->viewport()->grab(checkBox(index)).toImage();
 }
 
-QModelIndex TestPluginsView::row(const QString& name) const
+QModelIndex tst_PluginsView::row(const QString& name) const
 {
     const QModelIndexList found
         = m_model->match(m_model->index(0, 0), PluginsModel::NameRole, name, 1, Qt::MatchExactly);
     return found.isEmpty() ? QModelIndex() : found.first();
 }
 
-// The selection as the settings file holds it, read by a separate settings object.
-QStringList TestPluginsView::stored() const
-{
-    QSettings settings(m_dir->filePath(QStringLiteral("settings.ini")), QSettings::IniFormat);
-    settings.beginGroup(QStringLiteral("plugin"));
-    QStringList result;
-    for (const QString& key : settings.childKeys())
-        result.append(key + QLatin1Char('=') + settings.value(key).toString());
-    result.sort();
-    return result;
-}
-
-QStringList TestPluginsView::states() const
-{
-    QStringList result;
-    for (int i = 0; i < m_model->rowCount(); ++i) {
-        const QModelIndex index = m_model->index(i, 0);
-        result.append(index.data(PluginsModel::NameRole).toString()
-                      + (index.data(Qt::CheckStateRole).toInt() == Qt::Checked
-                             ? QLatin1String("=true")
-                             : QLatin1String("=false")));
-    }
-    result.sort();
-    return result;
-}
-
-void TestPluginsView::click(const QString& name)
+void tst_PluginsView::click(const QString& name)
 {
     const QRect box = checkBox(row(name));
     QVERIFY(!box.isEmpty());
@@ -155,7 +137,7 @@ void TestPluginsView::click(const QString& name)
                      QPoint(m_view->viewport()->width() - 2, m_view->viewport()->height() - 2));
 }
 
-void TestPluginsView::clicksOnCheckBoxes()
+void tst_PluginsView::clicksOnCheckBoxes()
 {
     m_settings = std::make_unique<QSettings>(m_dir->filePath(QStringLiteral("settings.ini")),
                                              QSettings::IniFormat);
@@ -231,6 +213,6 @@ void TestPluginsView::clicksOnCheckBoxes()
     QVERIFY(m_view->grab().save(screenshot));
 }
 
-QTEST_MAIN(TestPluginsView)
+QTEST_MAIN(tst_PluginsView)
 
 #include "tst_pluginsview.moc"

@@ -37,7 +37,7 @@ class tst_PluginLoader : public QObject
 {
     Q_OBJECT
 
-private Q_SLOTS:
+private slots:
     void initTestCase();
     void init();
 

@@ -3,6 +3,7 @@
 // debug build, in which Qt's logging macros carry the source location: the library's
 // lines must look the same in both.
 
+#include "logcapture.h"
 #include "plugin/pluginlog_p.h"
 
 #include <QtCore/QDebug>
@@ -10,6 +11,8 @@
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 #include <QtTest/QTest>
+
+#include <memory>
 
 #if defined(ZELVANE_TEST_LOG_DEBUG)
 #if defined(QT_NO_DEBUG) || !defined(QT_MESSAGELOGCONTEXT)
@@ -23,36 +26,14 @@
 #error "build this test as ZELVANE_TEST_LOG_DEBUG or ZELVANE_TEST_LOG_RELEASE"
 #endif
 
-namespace {
-
-struct Record
-{
-    QtMsgType type;
-    QString category;
-    QString file;
-    QString function;
-    int line;
-    QString message;
-};
-
-QList<Record> records;
-
-void handler(QtMsgType type, const QMessageLogContext& context, const QString& message)
-{
-    const auto text = [](const char* value) {
-        return value ? QString::fromUtf8(value) : QStringLiteral("<null>");
-    };
-    records.append(Record { type, text(context.category), text(context.file),
-                            text(context.function), context.line, message });
-}
-
-} // namespace
+using ZelvaneTest::LogCapture;
+using ZelvaneTest::LogRecord;
 
 class tst_PluginLog : public QObject
 {
     Q_OBJECT
 
-private Q_SLOTS:
+private slots:
     void init();
     void cleanup();
 
@@ -62,18 +43,17 @@ private Q_SLOTS:
     void unimplemented();
 
 private:
-    QtMessageHandler m_previous = nullptr;
+    std::unique_ptr<LogCapture> m_log;
 };
 
 void tst_PluginLog::init()
 {
-    records.clear();
-    m_previous = qInstallMessageHandler(&handler);
+    m_log = std::make_unique<LogCapture>();
 }
 
 void tst_PluginLog::cleanup()
 {
-    qInstallMessageHandler(m_previous);
+    m_log.reset();
 }
 
 void tst_PluginLog::qtMacrosOfThisBuild()
@@ -81,8 +61,9 @@ void tst_PluginLog::qtMacrosOfThisBuild()
     // The yardstick: what qDebug() of this very build hands the handler.
     const int line = __LINE__ + 1;
     qDebug("from the test");
+    const QList<LogRecord> records = m_log->records();
     QCOMPARE(records.size(), 1);
-    const Record record = records.first();
+    const LogRecord record = records.first();
     QCOMPARE(record.category, QStringLiteral("default"));
 #if defined(ZELVANE_TEST_LOG_DEBUG)
     QCOMPARE(record.file, QStringLiteral(__FILE__));
@@ -117,8 +98,9 @@ void tst_PluginLog::droppedPlugin()
     QFETCH(QString, message);
 
     Zelvane::logDroppedPlugin(errorString);
+    const QList<LogRecord> records = m_log->records();
     QCOMPARE(records.size(), 1);
-    const Record record = records.first();
+    const LogRecord record = records.first();
     QCOMPARE(record.type, QtDebugMsg);
     QCOMPARE(record.category, QStringLiteral("default"));
     QCOMPARE(record.file, QStringLiteral("<null>"));
@@ -131,8 +113,9 @@ void tst_PluginLog::unimplemented()
 {
     Zelvane::logUnimplemented();
     Zelvane::logUnimplemented();
+    const QList<LogRecord> records = m_log->records();
     QCOMPARE(records.size(), 2);
-    for (const Record& record : std::as_const(records)) {
+    for (const LogRecord& record : records) {
         QCOMPARE(record.type, QtWarningMsg);
         QCOMPARE(record.category, QStringLiteral("default"));
         QCOMPARE(record.file, QStringLiteral("<null>"));

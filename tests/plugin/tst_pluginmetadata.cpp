@@ -50,7 +50,7 @@ class tst_PluginMetadata : public QObject
 {
     Q_OBJECT
 
-private Q_SLOTS:
+private slots:
     void initTestCase();
     void init();
 

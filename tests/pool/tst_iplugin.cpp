@@ -36,7 +36,7 @@ class tst_IPlugin : public QObject
 {
     Q_OBJECT
 
-private Q_SLOTS:
+private slots:
     void initTestCase();
     void init();
 

@@ -1,5 +1,7 @@
 // zelvane-inspect as its users run it: a folder of plugin files in, a report out.
 
+#include "processrunner.h"
+#include "settingsfixture.h"
 #include "zelvanetest.h"
 
 #include <QtCore/QDir>
@@ -8,7 +10,7 @@
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 #include <QtCore/QPluginLoader>
-#include <QtCore/QProcess>
+#include <QtCore/QProcessEnvironment>
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QTest>
 
@@ -16,24 +18,12 @@ namespace {
 
 const QString iid = QStringLiteral(ZELVANE_TEST_IID);
 
-struct Result
-{
-    int exitCode = -1;
-    QString out;
-    QString err;
-};
+using Result = ZelvaneTest::ProcessResult;
 
 Result inspect(const QStringList& arguments, const QProcessEnvironment& environment = {})
 {
-    QProcess process;
-    if (!environment.isEmpty())
-        process.setProcessEnvironment(environment);
-    process.start(QStringLiteral(ZELVANE_INSPECT_EXECUTABLE), arguments);
-    if (!process.waitForFinished(60000))
-        return {};
-    return { process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
-             QString::fromUtf8(process.readAllStandardOutput()),
-             QString::fromUtf8(process.readAllStandardError()) };
+    return ZelvaneTest::runProcess(QStringLiteral(ZELVANE_INSPECT_EXECUTABLE), arguments,
+                                   environment);
 }
 
 // The per-file block of an accepted plugin.
@@ -249,10 +239,7 @@ void tst_Inspect::text()
     const QString settingsFile = settingsFolder.filePath(QStringLiteral("demo.ini"));
     QStringList arguments { folder.path(), QStringLiteral("--iid"), iid };
     if (!settings.isEmpty()) {
-        QFile file(settingsFile);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(settings.toUtf8());
-        file.close();
+        QVERIFY(ZelvaneTest::writeFile(settingsFile, settings.toUtf8()));
         arguments << QStringLiteral("--settings") << settingsFile;
     }
 
