@@ -45,11 +45,27 @@ inline bool copyPlugins(const QString& dir, const QStringList& targets)
     return true;
 }
 
-// The names of dir's plugin files in the order that discovery lists them: the file
-// system's own order.
+// A folder as a host may hand it to the controller: a QDir with the given sorting. A
+// QDir made from a path sorts by name ignoring case; QDir::NoSort, which discovery
+// lists with, means "the QDir's own sorting", so the host's QDir decides the order.
+inline QDir sortedFolder(const QString& path, QDir::SortFlags sorting)
+{
+    QDir folder(path);
+    folder.setSorting(sorting);
+    return folder;
+}
+
+// The listing call that discovery makes, on a QDir with the given sorting.
+inline QStringList listing(const QString& dir, QDir::SortFlags sorting)
+{
+    return sortedFolder(dir, sorting)
+        .entryList(QStringList { QStringLiteral("*.so") }, QDir::Files, QDir::NoSort);
+}
+
+// The names of dir's plugin files in the file system's own order.
 inline QStringList fileSystemListing(const QString& dir)
 {
-    return QDir(dir).entryList(QStringList { QStringLiteral("*.so") }, QDir::Files, QDir::NoSort);
+    return listing(dir, QDir::Unsorted);
 }
 
 // Only the given files of a listing, in its order.
@@ -74,9 +90,9 @@ inline QList<QStringList> sortedListings(const QString& dir, const QStringList& 
            QDir::Name | QDir::LocaleAware, QDir::Name | QDir::IgnoreCase | QDir::LocaleAware }) {
         for (const QDir::SortFlags direction :
              { QDir::SortFlags(), QDir::SortFlags(QDir::Reversed) }) {
-            const QStringList listing = QDir(dir).entryList(QStringList { QStringLiteral("*.so") },
-                                                            QDir::Files, flags | direction);
-            result.append(onlyThese(listing, fileNames));
+            const QStringList sorted = QDir(dir).entryList(QStringList { QStringLiteral("*.so") },
+                                                           QDir::Files, flags | direction);
+            result.append(onlyThese(sorted, fileNames));
         }
     }
     for (const Qt::CaseSensitivity cs : { Qt::CaseSensitive, Qt::CaseInsensitive }) {
@@ -138,6 +154,46 @@ inline QStringList copyUnderUnsortedNames(const QString& dir, const QStringList&
             QFile::remove(QDir(dir).filePath(fileName));
     }
     return {};
+}
+
+inline bool isUnsorted(QDir::SortFlags sorting)
+{
+    return (sorting & QDir::SortByMask) == QDir::Unsorted;
+}
+
+// Copies the built plugins of targets (at most four) into dir under names that differ
+// only in letter case and in digit runs, for a folder listed with the given sorting.
+// Sorted by name, the names are "Beta.so", "p10.so", "alpha.so" and "p9.so", in which
+// ignoring letter case and reading numbers as numbers both change the order; unsorted,
+// they are a set that the file system lists in no sorted order. Returns the file names
+// in the order of targets; empty when a copy fails.
+inline QStringList copyUnderMixedNames(const QString& dir, const QStringList& targets,
+                                       QDir::SortFlags sorting)
+{
+    if (isUnsorted(sorting))
+        return copyUnderUnsortedNames(dir, targets);
+    static const QStringList names { "Beta", "p10", "alpha", "p9" };
+    if (targets.size() > names.size())
+        return {};
+    QStringList fileNames;
+    QStringList entries;
+    for (qsizetype i = 0; i < targets.size(); ++i) {
+        fileNames.append(names.at(i) + QStringLiteral(".so"));
+        entries.append(targets.at(i) + QLatin1Char('=') + fileNames.last());
+    }
+    return copyPlugins(dir, entries) ? fileNames : QStringList();
+}
+
+// Whether the listing of these files of dir with the given sorting tells that sorting
+// from the others: unsorted, it matches no sorted order; sorted by name ignoring case,
+// it is not the case-sensitive order.
+inline bool listingTellsTheSorting(const QString& dir, const QStringList& fileNames,
+                                   QDir::SortFlags sorting)
+{
+    if (isUnsorted(sorting))
+        return listedUnsorted(dir, fileNames);
+    return onlyThese(listing(dir, sorting), fileNames)
+        != onlyThese(listing(dir, QDir::Name), fileNames);
 }
 
 // Copies one built test plugin into a new folder of its own below parent and returns

@@ -69,11 +69,11 @@ inline QJsonObject metaDataOf(const QString& file)
 
 // The names of the plugins of one category in the order in which discovery hands
 // them to the loading sequence: QMultiMap::values() puts the most recently inserted
-// entry first, and files are inserted in the order in which the directory lists them,
-// so this is the reverse of that listing.
-inline QStringList discoveryOrder(const QString& dir, const QString& category)
+// entry first, and files are inserted in the order in which the QDir lists them (its
+// own sorting; by name ignoring case for a QDir made from a path), so this is the
+// reverse of that listing.
+inline QStringList discoveryOrder(const QDir& folder, const QString& category)
 {
-    const QDir folder(dir);
     const QStringList files
         = folder.entryList(QStringList { QStringLiteral("*.so") }, QDir::Files, QDir::NoSort);
     QStringList names;
@@ -83,6 +83,11 @@ inline QStringList discoveryOrder(const QString& dir, const QString& category)
             names.prepend(metaData.value(QStringLiteral("Name")).toString());
     }
     return names;
+}
+
+inline QStringList discoveryOrder(const QString& dir, const QString& category)
+{
+    return discoveryOrder(QDir(dir), category);
 }
 
 inline QStringList withPrefix(const QString& prefix, const QStringList& names)

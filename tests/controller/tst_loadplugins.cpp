@@ -43,6 +43,7 @@ private slots:
     void disabledExtensionsAreNotLoaded();
     void otherCategoriesAreNeverLoaded();
     void independentPluginsLoadInDiscoveryOrder();
+    void fileNamesDifferingInCaseAndDigits_data();
     void fileNamesDifferingInCaseAndDigits();
     void coreMovesBehindItsDependency();
     void dependencyOnDisabledExtensionDropsThePlugin();
@@ -223,26 +224,37 @@ void tst_LoadPlugins::independentPluginsLoadInDiscoveryOrder()
     QCOMPARE(ZelvaneTest::events(), initializeEvents(order) + destroyEvents(reversed(order)));
 }
 
+void tst_LoadPlugins::fileNamesDifferingInCaseAndDigits_data()
+{
+    QTest::addColumn<int>("sorting");
+    QTest::newRow("default sorting") << int(QDir().sorting());
+    QTest::newRow("unsorted") << int(QDir::Unsorted);
+}
+
 void tst_LoadPlugins::fileNamesDifferingInCaseAndDigits()
 {
-    // Four extensions under names that differ only in letter case and digit runs, which
-    // the file system lists in no sorted order: they load, and get their model rows, in
-    // discovery order.
+    // Four extensions under names that differ only in letter case and digit runs: they
+    // load, and get their model rows, in discovery order, which follows the listing of
+    // the QDir that the host passes (by name ignoring case, unless it says otherwise).
+    QFETCH(int, sorting);
+    const QDir::SortFlags flags = QDir::SortFlags(QFlag(sorting));
     Scenario scenario;
     QVERIFY(scenario.create({ "zt_loading_alpha" }));
     const QString dir = scenario.pluginDir();
-    const QStringList fileNames = ZelvaneTest::copyUnderUnsortedNames(
-        dir, { "zt_loading_notes", "zt_loading_tags", "zt_loading_links", "zt_loading_plain" });
+    const QStringList fileNames = ZelvaneTest::copyUnderMixedNames(
+        dir, { "zt_loading_notes", "zt_loading_tags", "zt_loading_links", "zt_loading_plain" },
+        flags);
     QVERIFY2(fileNames.size() == 4, "no set of names that the file system lists unsorted");
-    QVERIFY2(ZelvaneTest::listedUnsorted(dir, fileNames),
-             qPrintable(ZelvaneTest::fileSystemListing(dir).join(QLatin1String(", "))));
+    QVERIFY2(ZelvaneTest::listingTellsTheSorting(dir, fileNames, flags),
+             qPrintable(ZelvaneTest::listing(dir, flags).join(QLatin1String(", "))));
     scenario.configureController();
+    const QDir folder = ZelvaneTest::sortedFolder(dir, flags);
     const QStringList order
-        = QStringList { "Alpha" } + discoveryOrder(dir, QStringLiteral("Extension"));
+        = QStringList { "Alpha" } + discoveryOrder(folder, QStringLiteral("Extension"));
     QCOMPARE(order.size(), 5);
     PluginController* controller = PluginController::instance();
 
-    QCOMPARE(controller->loadPlugins(QDir(dir)), true);
+    QCOMPARE(controller->loadPlugins(folder), true);
     QCOMPARE(ZelvaneTest::events(), initializeEvents(order));
     QVERIFY(controller->pluginsModel());
     QCOMPARE(modelRows(controller->pluginsModel()), withSuffix(order, QStringLiteral("=on")));

@@ -1,7 +1,7 @@
 // Discovery of the plugins of one folder: which files become plugins, the debug line
 // written for every file that is dropped, and the order of the result.
 //
-// The folder is listed in the order the file system gives, so every test that checks
+// The folder is listed in the QDir's own order, so every test that checks
 // an order builds its scenario in a fresh folder and derives the expected order from
 // the same listing call that discovery makes.
 
@@ -34,7 +34,8 @@ using Plugins = QMultiMap<QString, PluginLoader>;
 
 const QString otherIid = QStringLiteral("org.zelvane.Other/1.0");
 
-// The same listing call discovery makes: the order the file system gives.
+// The same listing call discovery makes: QDir::NoSort, which is the QDir's own
+// sorting (by name ignoring case for a QDir made from a path).
 QStringList listing(const QString& dir)
 {
     return QDir(dir).entryList(QStringList { QStringLiteral("*.so") }, QDir::Files, QDir::NoSort);
@@ -97,6 +98,7 @@ private slots:
     void droppedFileIsLogged();
     void droppedFilesAreLoggedInListingOrder();
     void extensionsComeOutInReverseListingOrder();
+    void fileNamesDifferingInCaseAndDigits_data();
     void fileNamesDifferingInCaseAndDigits();
     void categoriesIterateInKeyOrder();
     void sameNameTwiceIsKeptTwice();
@@ -370,26 +372,37 @@ void tst_PluginDiscovery::extensionsComeOutInReverseListingOrder()
     QCOMPARE(log.messages(), QStringList());
 }
 
+void tst_PluginDiscovery::fileNamesDifferingInCaseAndDigits_data()
+{
+    QTest::addColumn<int>("sorting");
+    QTest::newRow("a QDir's own sorting: by name, ignoring case") << int(QDir().sorting());
+    QTest::newRow("unsorted: the file system's order") << int(QDir::Unsorted);
+}
+
 void tst_PluginDiscovery::fileNamesDifferingInCaseAndDigits()
 {
-    // Four extensions under names such as "p9.so", "P10.so", "p10.so" and "P9.so", which
-    // the file system lists in no sorted order: discovery follows the listing, so a
-    // sorted listing, with or without letter case, or with numbers read as numbers,
-    // gives another order.
+    // Four extensions under names that differ only in letter case and digit runs, such
+    // as "Beta.so" and "alpha.so", "p10.so" and "p9.so": the order that discovery gives
+    // is the one the QDir lists them in, so a library that sorted the names by a rule of
+    // its own (with letter case, numbers as numbers, or always by name) fails here.
+    QFETCH(int, sorting);
+    const QDir::SortFlags flags = QDir::SortFlags(QFlag(sorting));
     const QString dir = scenarioDir();
-    const QStringList fileNames = ZelvaneTest::copyUnderUnsortedNames(
-        dir, { "zt_discovery_alpha", "zt_discovery_beta", "zt_loading_notes", "zt_loading_tags" });
+    const QStringList fileNames = ZelvaneTest::copyUnderMixedNames(
+        dir, { "zt_discovery_alpha", "zt_discovery_beta", "zt_loading_notes", "zt_loading_tags" },
+        flags);
     QVERIFY2(fileNames.size() == 4, "no set of names that the file system lists unsorted");
-    QVERIFY2(ZelvaneTest::listedUnsorted(dir, fileNames),
-             qPrintable(listing(dir).join(QLatin1String(", "))));
+    const QStringList listed = ZelvaneTest::listing(dir, flags);
+    QVERIFY2(ZelvaneTest::listingTellsTheSorting(dir, fileNames, flags),
+             qPrintable(listed.join(QLatin1String(", "))));
     const QStringList pluginNames { "Alpha", "Beta", "Notes", "Tags" };
     QStringList expected;
-    for (const QString& file : listing(dir))
+    for (const QString& file : listed)
         expected.prepend(pluginNames.at(fileNames.indexOf(file)));
     QCOMPARE(expected.size(), 4);
 
     LogCapture log;
-    const Plugins plugins = Zelvane::scanPlugins(QDir(dir));
+    const Plugins plugins = Zelvane::scanPlugins(ZelvaneTest::sortedFolder(dir, flags));
     QCOMPARE(names(plugins.values(QStringLiteral("Extension"))), expected);
     QCOMPARE(log.messages(), QStringList());
 }

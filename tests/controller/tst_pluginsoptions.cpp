@@ -59,7 +59,7 @@ QStringList declaredBy(const QString& plugin)
 // The options expected from a folder: categories in ascending order of their keys,
 // the plugins of one category in discovery order, each plugin's arguments in
 // declaration order.
-QStringList expectedOptions(const QString& dir)
+QStringList expectedOptions(const QDir& dir)
 {
     QStringList result;
     const QStringList categories { QStringLiteral("Core"), QStringLiteral("Extension"),
@@ -84,6 +84,7 @@ private slots:
     void noOptions();
     void declaredOptions_data();
     void declaredOptions();
+    void fileNamesDifferingInCaseAndDigits_data();
     void fileNamesDifferingInCaseAndDigits();
     void sameNameClashesOnlyInTheParser();
     void parsedOptionsReachInitialize();
@@ -179,25 +180,34 @@ void tst_PluginsOptions::declaredOptions()
     QCOMPARE(scenario.settings()->allKeys(), keysBefore);
 }
 
+void tst_PluginsOptions::fileNamesDifferingInCaseAndDigits_data()
+{
+    QTest::addColumn<int>("sorting");
+    QTest::newRow("a QDir's own sorting: by name, ignoring case") << int(QDir().sorting());
+    QTest::newRow("unsorted: the file system's order") << int(QDir::Unsorted);
+}
+
 void tst_PluginsOptions::fileNamesDifferingInCaseAndDigits()
 {
     // Three extensions with options under names that differ only in letter case and
-    // digit runs, listed by the file system in no sorted order: their options come in
-    // discovery order, not in an order of the file names.
+    // digit runs: their options come in discovery order, which follows the QDir's
+    // listing, not an order of the file names of the library's own.
+    QFETCH(int, sorting);
+    const QDir::SortFlags flags = QDir::SortFlags(QFlag(sorting));
     Scenario scenario;
     QVERIFY(scenario.create({ "zt_loading_editor" }));
     const QString dir = scenario.pluginDir();
-    const QStringList fileNames = ZelvaneTest::copyUnderUnsortedNames(
-        dir, { "zt_loading_spelling", "zt_loading_export", "zt_loading_twice" });
+    const QStringList fileNames = ZelvaneTest::copyUnderMixedNames(
+        dir, { "zt_loading_spelling", "zt_loading_export", "zt_loading_twice" }, flags);
     QVERIFY2(fileNames.size() == 3, "no set of names that the file system lists unsorted");
-    QVERIFY2(ZelvaneTest::listedUnsorted(dir, fileNames),
-             qPrintable(ZelvaneTest::fileSystemListing(dir).join(QLatin1String(", "))));
+    QVERIFY2(ZelvaneTest::listingTellsTheSorting(dir, fileNames, flags),
+             qPrintable(ZelvaneTest::listing(dir, flags).join(QLatin1String(", "))));
     scenario.configureController();
+    const QDir folder = ZelvaneTest::sortedFolder(dir, flags);
 
-    const QList<QCommandLineOption> options
-        = PluginController::instance()->pluginsOptions(QDir(dir));
+    const QList<QCommandLineOption> options = PluginController::instance()->pluginsOptions(folder);
 
-    const QStringList expected = expectedOptions(dir);
+    const QStringList expected = expectedOptions(folder);
     QCOMPARE(expected.size(), 8);
     QCOMPARE(describe(options), expected);
 }

@@ -68,16 +68,22 @@ protected:
 
     void tearDown()
     {
+        releaseModel();
+        m_dir.reset();
+
+        verifyLog();
+        m_log.reset();
+    }
+
+    // Drops the model with everything attached to it, and its settings object.
+    void releaseModel()
+    {
         m_dataChanged.reset();
         m_modelReset.reset();
         m_aboutToBeReset.reset();
         m_tester.reset();
         m_model.reset();
         m_settings.reset();
-        m_dir.reset();
-
-        verifyLog();
-        m_log.reset();
     }
 
     void verifyLog()

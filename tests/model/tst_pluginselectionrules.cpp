@@ -547,12 +547,7 @@ void tst_PluginSelectionRules::rulesOnRandomModels()
         for (int target = 0; target < size; ++target) {
             for (bool value : { false, true }) {
                 for (bool throughSetData : { false, true }) {
-                    m_dataChanged.reset();
-                    m_modelReset.reset();
-                    m_aboutToBeReset.reset();
-                    m_tester.reset();
-                    m_model.reset();
-                    m_settings.reset();
+                    releaseModel();
                     QVERIFY(QFile::remove(settingsPath()) || !QFile::exists(settingsPath()));
                     {
                         QSettings settings(settingsPath(), QSettings::IniFormat);
