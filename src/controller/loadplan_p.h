@@ -83,7 +83,7 @@ public:
     // fails as loadPlugins() does, once a Core plugin is found. Call it once.
     void decide(QSettings* settings);
 
-    // Every "*.so" file of the folder, in the listing order (the file system's own).
+    // Every "*.so" file of the folder, in the order in which the QDir lists them.
     QList<File> files() const { return m_files; }
     // The accepted plugins keyed by category, as discovery returns them.
     QMultiMap<QString, PluginLoader> discovered() const { return m_discovered; }

@@ -30,10 +30,12 @@ struct DiscoveredFile
 // released at once; a directory that is shared with other libraries is normal, so
 // this is not a warning.
 //
-// The listing order is whatever the file system gives (NoSort): within a category,
-// plugins appear in the reverse of it (see scanPlugins()), so hosts that rely on one
-// Core plugin of several being "the first" get the file system's choice.
-// tst_plugindiscovery pins this with file names that differ in letter case and digits.
+// NoSort hands the order to the QDir: one made from a path sorts by name ignoring
+// letter case, one the host set to QDir::Unsorted gives the file system's own order.
+// Within a category plugins appear in the reverse of the listing (see scanPlugins()),
+// and which of several Core plugins loads follows from it, so hosts see the choice
+// change if this changes. tst_plugindiscovery, tst_pluginsoptions and tst_loadplugins
+// pin it with file names that differ in letter case and in digit runs, both ways.
 [[maybe_unused]] static QList<DiscoveredFile> discoverPluginFiles(const QDir& dir)
 {
     QList<DiscoveredFile> files;
