@@ -106,8 +106,10 @@ bool PluginsModel::applyToggle(int row, bool checked)
 void PluginsModel::validate()
 {
     // "core" in lower case on purpose, although rows are built from the key "Core":
-    // with the rows the constructor builds this changes nothing, and that is the
-    // behaviour hosts have. Keep both spellings.
+    // with the rows the constructor builds this changes nothing, and hosts' saved
+    // selections depend on that (several ticked core rows stay as the user left them).
+    // Keep both spellings: tst_pluginselectionrules' validateLeavesCoreKeyRowsAlone and
+    // validateTrimsLowerCaseCoreRun pin them.
     const QString core = QStringLiteral("core");
     qsizetype runEnd = 0;
     while (runEnd < m_records.size() && m_records.at(runEnd).plugin.category() == core)

@@ -29,7 +29,9 @@ PluginsModel::~PluginsModel() = default;
 int PluginsModel::rowCount(const QModelIndex& parent) const
 {
     // A flat table that answers the same for every parent, on purpose; views only
-    // ask about the root.
+    // ask about the root, and QML delegates and hosts' proxies may ask with any
+    // parent. tst_pluginsmodel's rowCountIgnoresItsParent pins it, and the model
+    // tester's two complaints about it are the only ones the tests accept.
     Q_UNUSED(parent)
     return int(m_records.size());
 }
@@ -69,7 +71,9 @@ QVariant PluginsModel::data(const QModelIndex& index, int role) const
         return font;
     }
     case Qt::CheckStateRole:
-        // A plain int (0 or 2), not a Qt::CheckState, deliberately.
+        // A plain int (0 or 2), not a Qt::CheckState, deliberately: QML delegates bind
+        // "checkedState" and compare it with numbers. tst_pluginsmodel's firstColumn
+        // pins the type.
         return record.checked ? int(Qt::Checked) : int(Qt::Unchecked);
     case NameRole:
         return record.plugin.name();
