@@ -89,7 +89,9 @@ void LoadPlan::decide(QSettings* settings)
     // Exactly one core plugin runs. If the user switched all of them off, the first
     // one runs anyway: a host cannot start without its core. The search stops at the
     // first enabled one, so the settings are not asked about the ones behind it.
-    const auto enabled = [&](int file) { return isPluginEnabled(*settings, m_files.at(file).plugin); };
+    const auto enabled = [&](int file) {
+        return isPluginEnabled(*settings, m_files.at(file).plugin);
+    };
     const auto core = std::find_if(cores.cbegin(), cores.cend(), enabled);
     m_chosenCore = core != cores.cend() ? *core : cores.first();
     for (int file : cores)
@@ -223,21 +225,23 @@ QList<LoadPlan::Blocker> LoadPlan::blockers(int file, const QList<int>& placed,
             continue;
 
         // The first discovered plugin of that name, in the discovered map's order.
-        const auto discovered = std::find_if(
-            m_discoveredFiles.cbegin(), m_discoveredFiles.cend(),
-            [&](int index) { return m_files.at(index).name == dependency; });
+        const auto discovered
+            = std::find_if(m_discoveredFiles.cbegin(), m_discoveredFiles.cend(),
+                           [&](int index) { return m_files.at(index).name == dependency; });
         if (discovered == m_discoveredFiles.cend()) {
             const bool refused = std::any_of(m_files.cbegin(), m_files.cend(), [&](const File& f) {
                 return f.fate == Fate::Refused && !f.name.isEmpty() && f.name == dependency;
             });
-            result.append(Blocker { refused ? Blocker::Kind::MissingRefused : Blocker::Kind::Missing,
-                                    dependency, {}, {} });
+            result.append(
+                Blocker { refused ? Blocker::Kind::MissingRefused : Blocker::Kind::Missing,
+                          dependency,
+                          {},
+                          {} });
             continue;
         }
         if (!selectedNames.contains(dependency)) {
             const QString category = discovered.key();
-            const Blocker::Kind kind = category == extensionCategoryKey()
-                ? Blocker::Kind::Disabled
+            const Blocker::Kind kind = category == extensionCategoryKey() ? Blocker::Kind::Disabled
                 : category == coreCategoryKey() ? Blocker::Kind::CoreNotChosen
                                                 : Blocker::Kind::NeverLoaded;
             result.append(Blocker { kind, dependency, category, {} });

@@ -27,8 +27,9 @@ QStringList entries(const QJsonArray& array)
     QStringList result;
     for (const QJsonValue& value : array) {
         const QJsonObject entry = value.toObject();
-        result.append(QStringLiteral("%1 (%2)").arg(entry.value(QStringLiteral("name")).toString(),
-                                                     entry.value(QStringLiteral("file")).toString()));
+        result.append(
+            QStringLiteral("%1 (%2)").arg(entry.value(QStringLiteral("name")).toString(),
+                                          entry.value(QStringLiteral("file")).toString()));
     }
     return result;
 }
@@ -159,8 +160,8 @@ void tst_LoadPlan::fates_data()
     QTest::addColumn<QStringList>("expected");
 
     QTest::newRow("one file of each fate")
-        << QStringList { "zt_core",      "zt_inspect_altcore", "zt_viewer",
-                         "zt_storage",   "zt_notaplugin",      "zt_inspect_tool" }
+        << QStringList { "zt_core",    "zt_inspect_altcore", "zt_viewer",
+                         "zt_storage", "zt_notaplugin",      "zt_inspect_tool" }
         << QByteArray("[plugin]\nStorage=false\n") << true << QString()
         << QStringList { "libzt_core.so: loads",
                          "libzt_inspect_altcore.so: not the chosen core",
@@ -214,8 +215,8 @@ void tst_LoadPlan::inspectorAgreesWithLoadPlugins_data()
 
     // The inspector's own folders.
     QTest::newRow("accepted and rejected files")
-        << QStringList { "zt_core",         "zt_viewer",           "zt_storage",
-                         "zt_notaplugin",   "zt_inspect_stranger", "zt_inspect_badarguments",
+        << QStringList { "zt_core",        "zt_viewer",           "zt_storage",
+                         "zt_notaplugin",  "zt_inspect_stranger", "zt_inspect_badarguments",
                          "zt_inspect_tool" }
         << QByteArray() << 3;
     QTest::newRow("a disabled dependency drops its dependent")
@@ -228,17 +229,16 @@ void tst_LoadPlan::inspectorAgreesWithLoadPlugins_data()
     QTest::newRow("the settings pick the second core plugin")
         << QStringList { "zt_core", "zt_inspect_altcore", "zt_storage" }
         << QByteArray("[plugin]\nCore=false\nAltCore=true\n") << 2;
-    QTest::newRow("a dependency cycle") << QStringList { "zt_core", "zt_inspect_ping",
-                                                         "zt_inspect_pong" }
-                                        << QByteArray() << 2;
-    QTest::newRow("no core plugin") << QStringList { "zt_viewer", "zt_storage" } << QByteArray()
-                                    << 0;
+    QTest::newRow("a dependency cycle")
+        << QStringList { "zt_core", "zt_inspect_ping", "zt_inspect_pong" } << QByteArray() << 2;
+    QTest::newRow("no core plugin")
+        << QStringList { "zt_viewer", "zt_storage" } << QByteArray() << 0;
     QTest::newRow("empty folder") << QStringList() << QByteArray() << 0;
 
     // The loading tests' folders.
     QTest::newRow("two core plugins, both by default")
-        << QStringList { "zt_loading_alpha", "zt_loading_beta", "zt_loading_notes" }
-        << QByteArray() << 2;
+        << QStringList { "zt_loading_alpha", "zt_loading_beta", "zt_loading_notes" } << QByteArray()
+        << 2;
     QTest::newRow("two core plugins, both disabled")
         << QStringList { "zt_loading_alpha", "zt_loading_beta" }
         << QByteArray("[plugin]\nAlpha=false\nBeta=false\n") << 1;

@@ -125,7 +125,8 @@ Sections sections(const Inspection& inspection)
             result.dropped.append(Entry { file.name, file.fileName, blockersText(file.blockers) });
             break;
         default:
-            result.notLoaded.append(Entry { file.name, file.fileName, skipReason(inspection, index) });
+            result.notLoaded.append(
+                Entry { file.name, file.fileName, skipReason(inspection, index) });
         }
     }
     std::sort(result.notLoaded.begin(), result.notLoaded.end(), [](const Entry& a, const Entry& b) {
@@ -235,7 +236,8 @@ QJsonObject fileJson(const LoadPlan::File& file, const Selection& selection)
     }
     object.insert(QStringLiteral("name"), plugin.name());
     object.insert(QStringLiteral("category"), plugin.category());
-    object.insert(QStringLiteral("dependencies"), QJsonArray::fromStringList(plugin.dependencies()));
+    object.insert(QStringLiteral("dependencies"),
+                  QJsonArray::fromStringList(plugin.dependencies()));
     object.insert(QStringLiteral("default"), plugin.loadByDefault());
     object.insert(QStringLiteral("enabled"), selection.enabled);
     object.insert(QStringLiteral("enabledBy"),
