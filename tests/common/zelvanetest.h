@@ -18,6 +18,7 @@
 #include <QtCore/QStringList>
 #include <QtCore/QVariantMap>
 #include <QtTest/QAbstractItemModelTester>
+#include <QtTest/QTest>
 
 #include <algorithm>
 #include <memory>
@@ -194,6 +195,15 @@ inline bool listingTellsTheSorting(const QString& dir, const QStringList& fileNa
         return listedUnsorted(dir, fileNames);
     return onlyThese(listing(dir, sorting), fileNames)
         != onlyThese(listing(dir, QDir::Name), fileNames);
+}
+
+// The rows of a test over copyUnderMixedNames(): the two listings that a host's QDir
+// can give, as a column "sorting" holding the QDir::SortFlags.
+inline void addSortingRows()
+{
+    QTest::addColumn<int>("sorting");
+    QTest::newRow("a QDir's own sorting: by name, ignoring case") << int(QDir().sorting());
+    QTest::newRow("unsorted: the file system's order") << int(QDir::Unsorted);
 }
 
 // Copies one built test plugin into a new folder of its own below parent and returns

@@ -226,9 +226,7 @@ void tst_LoadPlugins::independentPluginsLoadInDiscoveryOrder()
 
 void tst_LoadPlugins::fileNamesDifferingInCaseAndDigits_data()
 {
-    QTest::addColumn<int>("sorting");
-    QTest::newRow("default sorting") << int(QDir().sorting());
-    QTest::newRow("unsorted") << int(QDir::Unsorted);
+    ZelvaneTest::addSortingRows();
 }
 
 void tst_LoadPlugins::fileNamesDifferingInCaseAndDigits()

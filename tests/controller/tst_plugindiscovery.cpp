@@ -374,9 +374,7 @@ void tst_PluginDiscovery::extensionsComeOutInReverseListingOrder()
 
 void tst_PluginDiscovery::fileNamesDifferingInCaseAndDigits_data()
 {
-    QTest::addColumn<int>("sorting");
-    QTest::newRow("a QDir's own sorting: by name, ignoring case") << int(QDir().sorting());
-    QTest::newRow("unsorted: the file system's order") << int(QDir::Unsorted);
+    ZelvaneTest::addSortingRows();
 }
 
 void tst_PluginDiscovery::fileNamesDifferingInCaseAndDigits()

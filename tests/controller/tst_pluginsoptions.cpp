@@ -182,9 +182,7 @@ void tst_PluginsOptions::declaredOptions()
 
 void tst_PluginsOptions::fileNamesDifferingInCaseAndDigits_data()
 {
-    QTest::addColumn<int>("sorting");
-    QTest::newRow("a QDir's own sorting: by name, ignoring case") << int(QDir().sorting());
-    QTest::newRow("unsorted: the file system's order") << int(QDir::Unsorted);
+    ZelvaneTest::addSortingRows();
 }
 
 void tst_PluginsOptions::fileNamesDifferingInCaseAndDigits()
