@@ -155,8 +155,17 @@ void LoadPlan::order(const QList<int>& selected)
     for (qsizetype i = boundary; i < loadList.size(); ++i)
         unplaced.append(loadList.at(i).file);
 
+    // The name sets are made once: every unplaced plugin is explained against them.
+    const auto namesOf = [this](const QList<int>& files) {
+        QSet<QString> names;
+        for (int index : files)
+            names.insert(m_files.at(index).name);
+        return names;
+    };
+    const QSet<QString> placedNames = namesOf(placed);
+    const QSet<QString> selectedNames = namesOf(selected);
     for (int file : std::as_const(unplaced))
-        m_files[file].blockers = blockers(file, placed, unplaced, selected);
+        m_files[file].blockers = blockers(file, placedNames, unplaced, selectedNames);
 }
 
 namespace {
@@ -195,19 +204,10 @@ bool findCycle(const StuckState& state, const QString& from, const QString& targ
 
 } // namespace
 
-QList<LoadPlan::Blocker> LoadPlan::blockers(int file, const QList<int>& placed,
+QList<LoadPlan::Blocker> LoadPlan::blockers(int file, const QSet<QString>& placedNames,
                                             const QList<int>& unplaced,
-                                            const QList<int>& selected) const
+                                            const QSet<QString>& selectedNames) const
 {
-    const auto namesOf = [this](const QList<int>& files) {
-        QSet<QString> names;
-        for (int index : files)
-            names.insert(m_files.at(index).name);
-        return names;
-    };
-    const QSet<QString> placedNames = namesOf(placed);
-    const QSet<QString> selectedNames = namesOf(selected);
-
     const PluginLoader& plugin = m_files.at(file).plugin;
     const QString name = plugin.name();
     QList<Blocker> result;

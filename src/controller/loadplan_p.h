@@ -8,6 +8,7 @@
 #include <QtCore/QDir>
 #include <QtCore/QList>
 #include <QtCore/QMultiMap>
+#include <QtCore/QSet>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
@@ -98,8 +99,8 @@ public:
 
 private:
     void order(const QList<int>& selected);
-    QList<Blocker> blockers(int file, const QList<int>& placed, const QList<int>& unplaced,
-                            const QList<int>& selected) const;
+    QList<Blocker> blockers(int file, const QSet<QString>& placedNames, const QList<int>& unplaced,
+                            const QSet<QString>& selectedNames) const;
 
     QList<File> m_files;
     QMultiMap<QString, PluginLoader> m_discovered;
