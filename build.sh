@@ -6,6 +6,9 @@
 #                                                  (e.g. -L unit, -R tst_pluginsmodel)
 #   ./build.sh demo                                build what the demo needs, run it
 #   ./build.sh fuzz [SECONDS]                      build the fuzz targets, run each
+#   ./build.sh package [--check]                   Debian packages in build-package/packages,
+#                                                  lintian; --check builds the README's
+#                                                  host and plugin against them
 #
 # Build folders: build/ (preset default), build-sanitize/ (sanitize), build-fuzz/ (fuzz).
 set -euo pipefail
@@ -22,7 +25,11 @@ PACKAGES=(
     qt6-declarative-dev qml6-module-qtquick qml6-module-qtquick-window
     qml6-module-qtqml-workerscript
     fonts-dejavu-core
+    dpkg-dev file abigail-tools
 )
+
+# What ./build.sh package needs beyond the build: lintian and the manual page writer.
+PACKAGE_TOOLS=(lintian help2man)
 
 ensure_packages() {
     local missing=()
@@ -188,6 +195,44 @@ run_fuzz() {
     done
 }
 
+# Builds the release (Release, BUILD_TESTING=OFF, no examples) in build-package/, writes
+# one .deb per install component into build-package/packages/ and runs lintian over
+# them; errors fail the step, warnings are listed in docs/packaging.md. With --check the
+# packages are unpacked into a scratch root and the README's host and plugin are built
+# against it alone and run.
+run_package() {
+    local check=0
+    local argument
+    for argument in "$@"; do
+        case "$argument" in
+        --check) check=1 ;;
+        *) echo "build.sh package: unknown option $argument" >&2; exit 2 ;;
+        esac
+    done
+    ensure_packages "${PACKAGES[@]}" "${PACKAGE_TOOLS[@]}"
+    JOBS=$JOBS bash packaging/release-build.sh "$ROOT" "$ROOT/build-package"
+    local debs=("$ROOT"/build-package/packages/*.deb)
+    echo
+    echo "== lintian"
+    local report="$ROOT/build-package/lintian.txt"
+    local status=0
+    lintian --fail-on error --display-info --pedantic "${debs[@]}" >"$report" 2>&1 || status=$?
+    # lintian also warns that it runs as root, which a CI machine does.
+    grep -v '^running with root privileges is not recommended!$' "$report" || true
+    if [ "$status" -ne 0 ]; then
+        echo "build.sh package: lintian reports errors (exit status $status)" >&2
+        exit 1
+    fi
+    if [ "$check" -eq 1 ]; then
+        echo
+        echo "== checking the packages"
+        bash packaging/check-debs.sh "$ROOT/build-package/packages" "$ROOT" "$ROOT/build-package"
+    fi
+    echo
+    echo "Packages:"
+    printf '  %s\n' "${debs[@]}"
+}
+
 command=${1:-}
 shift || true
 
@@ -195,8 +240,9 @@ case "$command" in
 test) run_test "$@" ;;
 demo) run_demo ;;
 fuzz) run_fuzz "$@" ;;
+package) run_package "$@" ;;
 *)
-    echo "usage: ./build.sh test [--sanitize] [CTEST OPTIONS] | demo | fuzz [SECONDS]" >&2
+    echo "usage: ./build.sh test [--sanitize] [CTEST OPTIONS] | demo | fuzz [SECONDS] | package [--check]" >&2
     exit 2
     ;;
 esac

@@ -1,0 +1,176 @@
+#!/usr/bin/env bash
+# Checks Zelvane's Debian packages the way a host author meets them.
+#
+#   check-debs.sh <folder of .deb files> <source dir> <work dir>
+#
+# Unpacks every package (dpkg-deb -x) into one scratch root, checks what the packages
+# hold and declare, then builds the README's host and plugin (examples/readme/) against
+# that root alone, once through find_package(Zelvane) and once through pkg-config, and
+# runs each host over its plugin: the host lists the option that the plugin declares,
+# and loading it runs the plugin's initialize(), which refuses an empty greeting.
+#
+# ./build.sh package --check runs it over build-package/packages; the test
+# package_debs (label package) over packages it makes itself.
+set -euo pipefail
+
+cmake() {
+    command "${CMAKE:-cmake}" "$@"
+}
+
+failures=0
+fail() {
+    echo "FAIL: $*" >&2
+    failures=$((failures + 1))
+}
+pass() {
+    echo "ok: $*"
+}
+
+if [[ $# -ne 3 ]]; then
+    echo "usage: $0 <folder of .deb files> <source dir> <work dir>" >&2
+    exit 2
+fi
+debs_dir=$(cd "$1" && pwd -P)
+source_dir=$(cd "$2" && pwd -P)
+mkdir -p "$3"
+work=$(mktemp -d "$(cd "$3" && pwd -P)/debs.XXXXXX")
+trap 'rm -rf "$work"' EXIT
+root="$work/root"
+readme="$source_dir/examples/readme"
+multiarch=$(dpkg-architecture -qDEB_HOST_MULTIARCH 2>/dev/null || gcc -print-multiarch)
+libdir="$root/usr/lib/$multiarch"
+generator=${CMAKE_GENERATOR:-Ninja}
+command -v ninja >/dev/null 2>&1 || generator="Unix Makefiles"
+
+shopt -s nullglob
+debs=("$debs_dir"/*.deb)
+shopt -u nullglob
+if [[ ${#debs[@]} -eq 0 ]]; then
+    echo "FAIL: no .deb file in $debs_dir" >&2
+    exit 1
+fi
+
+echo "== the packages"
+declare -A owner=()
+for deb in "${debs[@]}"; do
+    package=$(dpkg-deb -f "$deb" Package)
+    for field in Version Section Description; do
+        [[ -n $(dpkg-deb -f "$deb" "$field") ]] || fail "$package has no $field"
+    done
+    # Two packages that ship the same file cannot be installed together.
+    while read -r path; do
+        if [[ -n ${owner[$path]:-} ]]; then
+            fail "$path is in both ${owner[$path]} and $package"
+        fi
+        owner[$path]=$package
+    done < <(dpkg-deb --fsys-tarfile "$deb" | tar -t | grep -v '/$')
+    if [[ -n ${owner[./usr/share/doc/$package/copyright]:-} ]]; then
+        pass "$package $(dpkg-deb -f "$deb" Version): $(dpkg-deb -f "$deb" Depends)"
+    else
+        fail "$package has no usr/share/doc/$package/copyright"
+    fi
+    dpkg-deb -x "$deb" "$root"
+done
+
+# The runtime library's package says which package provides the soname, so that
+# dpkg-shlibdeps of a host's package depends on it.
+runtime=$(printf '%s\n' "${debs[@]}" | grep '/libzelvane1_' || true)
+if [[ -n $runtime ]]; then
+    shlibs=$(dpkg-deb --ctrl-tarfile "$runtime" | tar -xO ./shlibs 2>/dev/null || true)
+    if [[ $shlibs == "libZelvane 1 libzelvane1 "* ]]; then
+        pass "shlibs: $shlibs"
+    else
+        fail "libzelvane1's shlibs file is '$shlibs'"
+    fi
+else
+    fail "no libzelvane1 package"
+fi
+development=$(printf '%s\n' "${debs[@]}" | grep '/libzelvane-dev_' || true)
+if [[ -n $development && $(dpkg-deb -f "$development" Depends) == *"libzelvane1 (= "* ]]; then
+    pass "libzelvane-dev depends on its libzelvane1"
+else
+    fail "libzelvane-dev does not depend on libzelvane1 (= version)"
+fi
+
+# A host's run: the plugins are in plugins/ beside the executable. Prints what it says.
+run_host() {
+    QT_QPA_PLATFORM=offscreen "$@" 2>&1
+}
+
+# Runs a host over the greeter plugin: --help lists the plugin's option, and an empty
+# greeting makes the plugin's initialize() fail, which loadPlugins() reports.
+check_host() {
+    local how=$1 host=$2
+    local used
+    used=$(ldd "$host" | awk '$1 == "libZelvane.so.1" { print $3 }')
+    if [[ $(realpath -m "$used") == "$libdir"/libZelvane.so.1* ]]; then
+        pass "$how: the host uses the unpacked library"
+    else
+        fail "$how: the host uses '$used', not $libdir/libZelvane.so.1"
+    fi
+    local output status=0
+    output=$(run_host "$host" --help) || status=$?
+    if [[ $status -eq 0 && $output =~ --greeting\ \<text\>\ +What\ to\ say ]]; then
+        pass "$how: the host lists the plugin's option --greeting"
+    else
+        fail "$how: 'myeditor --help' exited with $status and printed: $output"
+    fi
+    status=0
+    output=$(run_host "$host" --greeting "") || status=$?
+    local expected='The plugin "Greeter" failed to initialize. Error: "the greeting is empty"'
+    if [[ $status -eq 1 && $output == *"$expected"* ]]; then
+        pass "$how: the host loads the plugin, whose initialize() refuses an empty greeting"
+    else
+        fail "$how: 'myeditor --greeting \"\"' exited with $status and printed: $output"
+    fi
+}
+
+echo "== the README's host and plugin, with find_package(Zelvane)"
+configure() {
+    cmake -S "$1" -B "$2" -G "$generator" -DCMAKE_BUILD_TYPE=Release \
+        -DCMAKE_PREFIX_PATH="$root/usr" -DCMAKE_FIND_USE_PACKAGE_REGISTRY=OFF
+}
+if configure "$readme/host" "$work/host" >"$work/host.log" 2>&1 &&
+    cmake --build "$work/host" >>"$work/host.log" 2>&1 &&
+    configure "$readme/plugin" "$work/plugin" >"$work/plugin.log" 2>&1 &&
+    cmake --build "$work/plugin" >>"$work/plugin.log" 2>&1; then
+    found=$(sed -n 's/^Zelvane_DIR:PATH=//p' "$work/host/CMakeCache.txt")
+    if [[ $found == "$libdir/cmake/Zelvane" ]]; then
+        pass "find_package(Zelvane) found $found"
+    else
+        fail "find_package(Zelvane) found '$found', not the unpacked package"
+    fi
+    mkdir -p "$work/host/plugins"
+    cp "$work/plugin/libgreeter.so" "$work/host/plugins/"
+    check_host find_package "$work/host/myeditor"
+else
+    cat "$work/host.log" "$work/plugin.log" 2>/dev/null
+    fail "building the README's host and plugin with find_package(Zelvane)"
+fi
+
+echo "== the README's host and plugin, with pkg-config"
+export PKG_CONFIG_PATH="$libdir/pkgconfig"
+moc=$(pkg-config --variable=libexecdir Qt6Core 2>/dev/null)/moc
+[[ -x $moc ]] || moc=/usr/lib/qt6/libexec/moc
+mkdir -p "$work/pc/plugins"
+cp "$readme/plugin/greeter.cpp" "$readme/plugin/greeter.json" "$work/pc/"
+if cflags=$(pkg-config --cflags zelvane Qt6Widgets) && libs=$(pkg-config --libs zelvane Qt6Widgets) &&
+    (cd "$work/pc" && "$moc" greeter.cpp -o greeter.moc) >"$work/pc.log" 2>&1 &&
+    # shellcheck disable=SC2086 # the flags are words
+    g++ -std=c++17 -fPIC -shared -o "$work/pc/plugins/libgreeter.so" "$work/pc/greeter.cpp" \
+        -I"$work/pc" $cflags $libs >>"$work/pc.log" 2>&1 &&
+    # shellcheck disable=SC2086
+    g++ -std=c++17 -fPIC -o "$work/pc/myeditor" "$readme/host/main.cpp" $cflags $libs \
+        -Wl,-rpath,"$(pkg-config --variable=libdir zelvane)" >>"$work/pc.log" 2>&1; then
+    pass "pkg-config: zelvane $(pkg-config --modversion zelvane), $(pkg-config --libs zelvane)"
+    check_host pkg-config "$work/pc/myeditor"
+else
+    cat "$work/pc.log"
+    fail "building the README's host and plugin with pkg-config"
+fi
+
+if ((failures > 0)); then
+    echo "$failures check(s) failed" >&2
+    exit 1
+fi
+echo "every check passed"
