@@ -21,7 +21,7 @@ JOBS=${JOBS:-2}
 # has them all installs nothing and needs no network.
 PACKAGES=(
     cmake ninja-build g++ pkgconf
-    qt6-base-dev libgl-dev
+    qt6-base-dev libgl-dev qt6-svg-dev
     qt6-declarative-dev qml6-module-qtquick qml6-module-qtquick-window
     qml6-module-qtqml-workerscript
     fonts-dejavu-core
