@@ -4,6 +4,7 @@
 #include "controller/plugindiscovery_p.h"
 #include "plugin/pluginnames_p.h"
 
+#include <QtCore/QHash>
 #include <QtCore/QSet>
 #include <QtCore/QSettings>
 
@@ -170,31 +171,29 @@ void LoadPlan::order(const QList<int>& selected)
 
 namespace {
 
-struct StuckState
-{
-    const QList<LoadPlan::File>& files;
-    const QList<int>& unplaced;
-};
+// The plugins that the ordering left unplaced, by name, in their order in the list.
+using UnplacedByName = QHash<QString, QList<int>>;
 
 // A path of unplaced plugins from `from` back to `target`, through their dependencies.
-bool findCycle(const StuckState& state, const QString& from, const QString& target,
-               QStringList& path, QSet<QString>& visited)
+// Each name is visited once, so one search costs at most the unplaced plugins and their
+// dependencies, not the unplaced plugins once per name on the path.
+bool findCycle(const QList<LoadPlan::File>& files, const UnplacedByName& unplaced,
+               const QString& from, const QString& target, QStringList& path,
+               QSet<QString>& visited)
 {
     if (visited.contains(from))
         return false;
     visited.insert(from);
     path.append(from);
-    for (int file : state.unplaced) {
-        const PluginLoader& plugin = state.files.at(file).plugin;
-        if (plugin.name() != from)
-            continue;
-        const QStringList dependencies = plugin.dependencies();
+    const QList<int> named = unplaced.value(from);
+    for (int file : named) {
+        const QStringList dependencies = files.at(file).plugin.dependencies();
         for (const QString& dependency : dependencies) {
             if (dependency == target) {
                 path.append(target);
                 return true;
             }
-            if (findCycle(state, dependency, target, path, visited))
+            if (findCycle(files, unplaced, dependency, target, path, visited))
                 return true;
         }
     }
@@ -212,6 +211,8 @@ QList<LoadPlan::Blocker> LoadPlan::blockers(int file, const QSet<QString>& place
     const QString name = plugin.name();
     QList<Blocker> result;
     QStringList seen;
+    UnplacedByName unplacedByName; // made when the first cycle is looked for
+
     const QStringList dependencies = plugin.dependencies();
     for (const QString& dependency : dependencies) {
         if (seen.contains(dependency))
@@ -247,9 +248,13 @@ QList<LoadPlan::Blocker> LoadPlan::blockers(int file, const QSet<QString>& place
             result.append(Blocker { kind, dependency, category, {} });
             continue;
         }
+        if (unplacedByName.isEmpty()) {
+            for (int index : unplaced)
+                unplacedByName[m_files.at(index).plugin.name()].append(index);
+        }
         QStringList path { name };
         QSet<QString> visited;
-        if (findCycle(StuckState { m_files, unplaced }, dependency, name, path, visited))
+        if (findCycle(m_files, unplacedByName, dependency, name, path, visited))
             result.append(Blocker { Blocker::Kind::Cycle, dependency, {}, path });
         else
             result.append(Blocker { Blocker::Kind::Unordered, dependency, {}, {} });
