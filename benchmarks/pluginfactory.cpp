@@ -1,0 +1,128 @@
+#include "pluginfactory.h"
+
+#include <QtCore/QDir>
+#include <QtCore/QFile>
+
+namespace {
+
+// The placeholders of plugin/shapes/*.json; every name written over them has their
+// length, 16 characters.
+const QByteArray namePlaceholder = QByteArrayLiteral("ZBNAME0000000000");
+const QByteArray dependencyPlaceholder = QByteArrayLiteral("ZBDEP00000000000");
+const QByteArray optionPlaceholder = QByteArrayLiteral("ZBARG00000000000");
+
+QList<qsizetype> occurrences(const QByteArray& bytes, const QByteArray& pattern)
+{
+    QList<qsizetype> result;
+    for (qsizetype at = bytes.indexOf(pattern); at >= 0; at = bytes.indexOf(pattern, at + 1))
+        result.append(at);
+    return result;
+}
+
+void overwrite(QByteArray& bytes, const QList<qsizetype>& offsets, const QString& text)
+{
+    const QByteArray latin1 = text.toLatin1();
+    Q_ASSERT(latin1.size() == namePlaceholder.size());
+    for (qsizetype offset : offsets)
+        std::copy(latin1.cbegin(), latin1.cend(), bytes.begin() + offset);
+}
+
+// File names sort as numbers do, since they all have the same number of digits.
+QString fileName(int listingPosition)
+{
+    return QStringLiteral("p%1.so").arg(listingPosition, 6, 10, QLatin1Char('0'));
+}
+
+} // namespace
+
+PluginFactory::PluginFactory(const QString& templateDir)
+{
+    const QDir dir(templateDir);
+    read(m_core, dir.filePath(QStringLiteral("core.so")), false, false)
+        && read(m_leaf, dir.filePath(QStringLiteral("leaf.so")), false, true)
+        && read(m_link, dir.filePath(QStringLiteral("link.so")), true, true);
+}
+
+bool PluginFactory::read(Template& shape, const QString& fileName, bool dependency, bool option)
+{
+    QFile file(fileName);
+    if (!file.open(QIODevice::ReadOnly)) {
+        m_error = QStringLiteral("cannot read %1: %2").arg(fileName, file.errorString());
+        return false;
+    }
+    shape.bytes = file.readAll();
+    shape.name = occurrences(shape.bytes, namePlaceholder);
+    shape.dependency = occurrences(shape.bytes, dependencyPlaceholder);
+    shape.option = occurrences(shape.bytes, optionPlaceholder);
+    // Exactly one of each: a second copy elsewhere in the file would be rewritten too.
+    if (shape.name.size() != 1 || shape.dependency.size() != (dependency ? 1 : 0)
+        || shape.option.size() != (option ? 1 : 0)) {
+        m_error = QStringLiteral("%1: the placeholders occur %2, %3 and %4 times")
+                      .arg(fileName)
+                      .arg(shape.name.size())
+                      .arg(shape.dependency.size())
+                      .arg(shape.option.size());
+        return false;
+    }
+    return true;
+}
+
+QString PluginFactory::pluginName(int index)
+{
+    return QStringLiteral("plugin-%1").arg(index, 9, 10, QLatin1Char('0'));
+}
+
+QString PluginFactory::optionName(int index)
+{
+    return QStringLiteral("option-%1").arg(index, 9, 10, QLatin1Char('0'));
+}
+
+void PluginFactory::write(const Template& shape, const QString& path, const QString& name,
+                          const QString& dependency, const QString& option) const
+{
+    QByteArray bytes = shape.bytes;
+    overwrite(bytes, shape.name, name);
+    overwrite(bytes, shape.dependency, dependency);
+    overwrite(bytes, shape.option, option);
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+        qFatal("cannot write %s: %s", qPrintable(path), qPrintable(file.errorString()));
+}
+
+QStringList PluginFactory::writeFlat(const QString& dir, int count) const
+{
+    QDir().mkpath(dir);
+    const QDir folder(dir);
+    QStringList paths;
+    // The Core file lists first; Extensions follow. Their load order is the reverse of
+    // the listing, which is what the raw arm loads too.
+    const QString corePath = folder.filePath(fileName(0));
+    write(m_core, corePath, QStringLiteral("core-00000000000"), {}, {});
+    for (int index = 1; index < count; ++index)
+        write(m_leaf, folder.filePath(fileName(index)), pluginName(index), {}, optionName(index));
+    for (int index = count - 1; index >= 1; --index)
+        paths.append(folder.filePath(fileName(index)));
+    paths.prepend(corePath);
+    return paths;
+}
+
+QStringList PluginFactory::writeChain(const QString& dir, int count, Order order) const
+{
+    QDir().mkpath(dir);
+    const QDir folder(dir);
+    const QString corePath = folder.filePath(fileName(0));
+    write(m_core, corePath, QStringLiteral("core-00000000000"), {}, {});
+    QStringList paths { corePath };
+    const int links = count - 1;
+    for (int link = 0; link < links; ++link) {
+        // Link 0 needs nothing; link n needs link n - 1.
+        const int listing = order == Order::Dependencies ? links - link : link + 1;
+        const QString path = folder.filePath(fileName(listing));
+        if (link == 0)
+            write(m_leaf, path, pluginName(link), {}, optionName(link));
+        else
+            write(m_link, path, pluginName(link), pluginName(link - 1), optionName(link));
+        paths.append(path);
+    }
+    return paths;
+}

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <QtCore/QByteArray>
+#include <QtCore/QList>
+#include <QtCore/QString>
+
+// Writes plugin folders for the benchmark from the three template plugins that CMake
+// builds (plugin/shapes/): each file is a byte copy of a template whose placeholder
+// names inside the embedded metadata are overwritten by names of the same length, so
+// Qt reads it as a plugin of its own without a compiler in sight.
+class PluginFactory
+{
+public:
+    // The listing order of a folder's Extension files, as the ordering sees them: the
+    // load list holds a category's plugins in the reverse of the folder listing, so
+    // Dependencies lists every plugin after the ones it needs and Reverse before them.
+    enum class Order { Dependencies, Reverse };
+
+    explicit PluginFactory(const QString& templateDir);
+
+    // Empty when the templates were read and each placeholder found exactly once.
+    QString error() const { return m_error; }
+
+    static QString pluginName(int index);
+    static QString optionName(int index);
+
+    // One Core plugin and count - 1 Extensions without dependencies, each declaring
+    // one option. Returns the paths of the files in load order (the Core first).
+    QStringList writeFlat(const QString& dir, int count) const;
+    // One Core plugin and a chain of count - 1 Extensions, each needing the one
+    // before it; listed as order says. Returns the paths in dependency order.
+    QStringList writeChain(const QString& dir, int count, Order order) const;
+
+private:
+    struct Template
+    {
+        QByteArray bytes;
+        QList<qsizetype> name;
+        QList<qsizetype> dependency;
+        QList<qsizetype> option;
+    };
+
+    bool read(Template& shape, const QString& fileName, bool dependency, bool option);
+    void write(const Template& shape, const QString& path, const QString& name,
+               const QString& dependency, const QString& option) const;
+
+    Template m_core;
+    Template m_leaf;
+    Template m_link;
+    QString m_error;
+};
