@@ -6,6 +6,9 @@
 #                                                  (e.g. -L unit, -R tst_pluginsmodel)
 #   ./build.sh demo                                build what the demo needs, run it
 #   ./build.sh fuzz [SECONDS]                      build the fuzz targets, run each
+#   ./build.sh bench [--quick] [OPTIONS]           start-up figures against raw Qt, with
+#                                                  a CSV and a scaling plot in
+#                                                  build/bench-results/
 #   ./build.sh package [--check]                   Debian packages in build-package/packages,
 #                                                  lintian; --check builds the README's
 #                                                  host and plugin against them
@@ -233,6 +236,17 @@ run_package() {
     printf '  %s\n' "${debs[@]}"
 }
 
+# Builds zelvane-bench in build/ (the test build: the benchmark reaches into the
+# library's internals, which only a tree with tests exports) and runs every figure.
+# --quick runs each at a few plugins; other options go to zelvane-bench (--only REGEX,
+# --repetitions N). Numbers from a busy machine are noise: run it on an idle one.
+run_bench() {
+    ensure_packages "${PACKAGES[@]}"
+    cmake --preset default
+    cmake --build --preset default -j "$JOBS" --target zelvane-bench
+    "$ROOT/build/benchmarks/zelvane-bench" --output "$ROOT/build/bench-results" "$@"
+}
+
 command=${1:-}
 shift || true
 
@@ -240,9 +254,10 @@ case "$command" in
 test) run_test "$@" ;;
 demo) run_demo ;;
 fuzz) run_fuzz "$@" ;;
+bench) run_bench "$@" ;;
 package) run_package "$@" ;;
 *)
-    echo "usage: ./build.sh test [--sanitize] [CTEST OPTIONS] | demo | fuzz [SECONDS] | package [--check]" >&2
+    echo "usage: ./build.sh test [--sanitize] [CTEST OPTIONS] | demo | fuzz [SECONDS] | bench [--quick] | package [--check]" >&2
     exit 2
     ;;
 esac
