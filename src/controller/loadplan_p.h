@@ -88,6 +88,9 @@ public:
     QList<File> files() const { return m_files; }
     // The accepted plugins keyed by category, as discovery returns them.
     QMultiMap<QString, PluginLoader> discovered() const { return m_discovered; }
+    // The same map holding indices into files(): which file each entry of discovered()
+    // is, e.g. for the rows of a PluginsModel made from discovered().
+    QMultiMap<QString, int> discoveredFiles() const { return m_discoveredFiles; }
     // What loadPlugins() reports when the plan loads nothing; empty otherwise.
     QString error() const { return m_error; }
     // The plugins to load, front to back.
