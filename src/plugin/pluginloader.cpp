@@ -1,5 +1,6 @@
 #include <zelvane/pluginloader.h>
 
+#include "plugin/loadsteps_p.h"
 #include "plugin/plugindata_p.h"
 #include "plugin/pluginlog_p.h"
 
@@ -10,6 +11,21 @@
 namespace Zelvane {
 
 namespace {
+
+LoadStepObserver loadStepObserver = nullptr;
+
+void enterStep(const PluginLoader& plugin, LoadStep step)
+{
+    if (loadStepObserver)
+        loadStepObserver(plugin, step);
+}
+
+// Tells the observer that load() returns, on every path out of it.
+struct FinishedStep
+{
+    const PluginLoader& plugin;
+    ~FinishedStep() { enterStep(plugin, LoadStep::Finished); }
+};
 
 // A plugin's initialize() runs inside the host's start-up. An exception escaping it
 // would take the host down from a place it cannot guard, so it is turned into an
@@ -28,6 +44,11 @@ bool initializeGuarded(IPlugin* plugin, const QMap<QString, QString>& arguments,
 
 } // namespace
 
+void setLoadStepObserver(LoadStepObserver observer)
+{
+    loadStepObserver = observer;
+}
+
 bool PluginLoader::scan(const QString& fileName)
 {
     d = std::make_shared<PluginData>(fileName);
@@ -41,6 +62,8 @@ bool PluginLoader::isValid() const
 
 bool PluginLoader::load(const QMap<QString, QString>& arguments)
 {
+    const FinishedStep finished { *this };
+    enterStep(*this, LoadStep::Library);
     if (!d->loader.load()) {
         d->errorString = d->loader.errorString();
         return false;
@@ -50,12 +73,14 @@ bool PluginLoader::load(const QMap<QString, QString>& arguments)
     // it loaded before a failure for the host's shutdown(), and unloading here would
     // delete the root object under a caller that may still hold it. The last handle to
     // go unloads it. tst_pluginloader's rootObjectNotAnIPlugin and initializeFails pin it.
+    enterStep(*this, LoadStep::RootObject);
     auto* plugin = qobject_cast<IPlugin*>(d->instance());
     if (!plugin) {
         d->errorString = QObject::tr("The plugin \"%1\" has not compatible interface").arg(name());
         return false;
     }
 
+    enterStep(*this, LoadStep::Initialize);
     QString text;
     if (!initializeGuarded(plugin, arguments, &text)) {
         d->errorString = QObject::tr("The plugin \"%1\" failed to initialize. Error: \"%2\"")

@@ -85,14 +85,6 @@ QString blockerText(const LoadPlan::Blocker& blocker)
     return QObject::tr("dependency %1 cannot be ordered either").arg(dependency);
 }
 
-QString blockersText(const QList<LoadPlan::Blocker>& blockers)
-{
-    QStringList texts;
-    for (const LoadPlan::Blocker& blocker : blockers)
-        texts.append(blockerText(blocker));
-    return texts.join(QStringLiteral("; "));
-}
-
 // The plan's lists as the report shows them.
 struct Sections
 {
@@ -248,6 +240,14 @@ QJsonObject fileJson(const LoadPlan::File& file, const Selection& selection)
 }
 
 } // namespace
+
+QString blockersText(const QList<LoadPlan::Blocker>& blockers)
+{
+    QStringList texts;
+    for (const LoadPlan::Blocker& blocker : blockers)
+        texts.append(blockerText(blocker));
+    return texts.join(QStringLiteral("; "));
+}
 
 QString toText(const Inspection& inspection)
 {

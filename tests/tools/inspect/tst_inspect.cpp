@@ -334,6 +334,7 @@ void tst_Inspect::json()
               { QStringLiteral("file"), QStringLiteral("libzt_viewer.so") },
               { QStringLiteral("reason"), QStringLiteral("missing dependency \"Storage\"") } } } },
         { QStringLiteral("unordered"), QJsonArray() },
+        { QStringLiteral("warnings"), QJsonArray() },
     };
     QCOMPARE(QString::fromUtf8(QJsonDocument(document.object()).toJson()),
              QString::fromUtf8(QJsonDocument(expected).toJson()));
@@ -430,12 +431,22 @@ void tst_Inspect::usageErrors_data()
     QTest::addColumn<QString>("error");
 
     const QString usage
-        = QStringLiteral("usage: zelvane-inspect DIR --iid IID [--settings FILE] [--json]\n");
+        = QStringLiteral("usage: zelvane-inspect DIR --iid IID [--settings FILE] [--json] "
+                         "[--trial [--isolate] [--timeout S] [--arg NAME=VALUE]...] "
+                         "[--timeline FILE] [--graph FILE]\n");
     QTest::newRow("no IID") << QStringList { QStringLiteral("@DIR@") } << usage;
     QTest::newRow("no folder") << QStringList { QStringLiteral("--iid"), iid } << usage;
     QTest::newRow("two folders") << QStringList { QStringLiteral("@DIR@"), QStringLiteral("@DIR@"),
                                                   QStringLiteral("--iid"), iid }
                                  << usage;
+    QTest::newRow("--isolate without --trial")
+        << QStringList { QStringLiteral("@DIR@"), QStringLiteral("--iid"), iid,
+                         QStringLiteral("--isolate") }
+        << usage;
+    QTest::newRow("a timeout that is not a number") << QStringList {
+        QStringLiteral("@DIR@"),   QStringLiteral("--iid"),     iid,
+        QStringLiteral("--trial"), QStringLiteral("--timeout"), QStringLiteral("soon")
+    } << usage;
     QTest::newRow("not a folder") << QStringList {
         QStringLiteral("@DIR@/none"), QStringLiteral("--iid"), iid
     } << QStringLiteral("zelvane-inspect: @DIR@/none is not a directory\n");

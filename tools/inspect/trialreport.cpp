@@ -1,0 +1,171 @@
+#include "trialreport.h"
+
+#include "trialwatch.h"
+
+#include <QtCore/QJsonArray>
+#include <QtCore/QStringList>
+
+namespace ZelvaneInspect {
+
+namespace {
+
+using Zelvane::TrialPlugin;
+
+QString milliseconds(qint64 us)
+{
+    return QString::number(double(us) / 1000.0, 'f', 2);
+}
+
+QString stepPhrase(TrialPlugin::Step step)
+{
+    switch (step) {
+    case TrialPlugin::Step::Library:
+        return QObject::tr("while loading the library");
+    case TrialPlugin::Step::RootObject:
+        return QObject::tr("while creating the root object");
+    case TrialPlugin::Step::Initialize:
+        return QObject::tr("in initialize()");
+    case TrialPlugin::Step::None:
+        break;
+    }
+    return QString();
+}
+
+QString stepKey(TrialPlugin::Step step)
+{
+    switch (step) {
+    case TrialPlugin::Step::Library:
+        return QStringLiteral("library");
+    case TrialPlugin::Step::RootObject:
+        return QStringLiteral("rootObject");
+    case TrialPlugin::Step::Initialize:
+        return QStringLiteral("initialize");
+    case TrialPlugin::Step::None:
+        break;
+    }
+    return QString();
+}
+
+QString outcomeKey(TrialPlugin::Outcome outcome)
+{
+    switch (outcome) {
+    case TrialPlugin::Outcome::NotTried:
+        return QStringLiteral("notTried");
+    case TrialPlugin::Outcome::Started:
+        return QStringLiteral("started");
+    case TrialPlugin::Outcome::Failed:
+        return QStringLiteral("failed");
+    case TrialPlugin::Outcome::Crashed:
+        return QStringLiteral("crashed");
+    case TrialPlugin::Outcome::Exited:
+        return QStringLiteral("exited");
+    case TrialPlugin::Outcome::TimedOut:
+        return QStringLiteral("timedOut");
+    case TrialPlugin::Outcome::Dropped:
+        break;
+    }
+    return QStringLiteral("dropped");
+}
+
+QJsonValue msOrNull(qint64 us)
+{
+    return us < 0 ? QJsonValue() : QJsonValue(double(us) / 1000.0);
+}
+
+} // namespace
+
+QString trialOutcomeText(const TrialPlugin& plugin)
+{
+    const QString phase = stepPhrase(plugin.step);
+    switch (plugin.outcome) {
+    case TrialPlugin::Outcome::Started:
+        return QObject::tr("started: library %1 ms, initialize %2 ms")
+            .arg(milliseconds(plugin.libraryUs()), milliseconds(plugin.initializeUs()));
+    case TrialPlugin::Outcome::Failed:
+        return QObject::tr("failed %1: %2").arg(phase, plugin.error);
+    case TrialPlugin::Outcome::Crashed:
+        return QObject::tr("crashed %1: signal %2").arg(phase, Zelvane::signalText(plugin.signal));
+    case TrialPlugin::Outcome::Exited:
+        return QObject::tr("exited %1: exit code %2").arg(phase).arg(plugin.exitCode);
+    case TrialPlugin::Outcome::TimedOut:
+        return QObject::tr("hung %1: no progress within the timeout, stopped").arg(phase);
+    case TrialPlugin::Outcome::NotTried:
+        return QObject::tr("not tried: loading stops at the first plugin that cannot start");
+    case TrialPlugin::Outcome::Dropped:
+        break;
+    }
+    return QObject::tr("not loaded: the dependency ordering drops it once the plugins that "
+                       "cannot start are switched off");
+}
+
+QString trialText(const Zelvane::TrialReport& report)
+{
+    QStringList lines;
+    QString title = QObject::tr("Trial load (in a child process, timeout %1 s per plugin")
+                        .arg(report.timeoutSeconds);
+    if (report.isolated)
+        title += report.runs == 1
+            ? QObject::tr(", each plugin that cannot start switched off in turn: 1 run")
+            : QObject::tr(", each plugin that cannot start switched off in turn: %1 runs")
+                  .arg(report.runs);
+    lines << title + QStringLiteral("):");
+    for (int i = 0; i < report.plugins.size(); ++i) {
+        const TrialPlugin& plugin = report.plugins.at(i);
+        lines << QStringLiteral("  %1. %2 (%3): %4")
+                     .arg(i + 1)
+                     .arg(plugin.name, plugin.file, trialOutcomeText(plugin));
+    }
+    if (!report.error.isEmpty())
+        lines << QObject::tr("  nothing is loaded: %1").arg(report.error);
+    if (report.coreCannotBeLeftOut)
+        lines << QObject::tr("  The Core plugin loads even when it is switched off: nothing can "
+                             "be tried without it.");
+    const QStringList culprits = report.culprits();
+    if (report.everyPluginStarted())
+        lines << QObject::tr("Every plugin started.");
+    else if (!culprits.isEmpty())
+        lines << QObject::tr("Cannot start: %1").arg(culprits.join(QStringLiteral(", ")));
+    else
+        lines << QObject::tr("Not every plugin started.");
+    return lines.join(QLatin1Char('\n')) + QLatin1Char('\n');
+}
+
+QJsonObject trialJson(const Zelvane::TrialReport& report)
+{
+    QJsonArray plugins;
+    for (const TrialPlugin& plugin : report.plugins) {
+        QJsonObject object { { QStringLiteral("name"), plugin.name },
+                             { QStringLiteral("file"), plugin.file },
+                             { QStringLiteral("result"), outcomeKey(plugin.outcome) },
+                             { QStringLiteral("text"), trialOutcomeText(plugin) },
+                             { QStringLiteral("run"), plugin.run },
+                             { QStringLiteral("step"),
+                               plugin.step == TrialPlugin::Step::None
+                                   ? QJsonValue()
+                                   : QJsonValue(stepKey(plugin.step)) },
+                             { QStringLiteral("libraryMs"), msOrNull(plugin.libraryUs()) },
+                             { QStringLiteral("initializeMs"), msOrNull(plugin.initializeUs()) },
+                             { QStringLiteral("startMs"), msOrNull(plugin.libraryStart) },
+                             { QStringLiteral("endMs"), msOrNull(plugin.end) } };
+        if (plugin.outcome == TrialPlugin::Outcome::Crashed)
+            object.insert(QStringLiteral("signal"), Zelvane::signalText(plugin.signal));
+        if (plugin.outcome == TrialPlugin::Outcome::Exited)
+            object.insert(QStringLiteral("exitCode"), plugin.exitCode);
+        if (plugin.outcome == TrialPlugin::Outcome::Failed)
+            object.insert(QStringLiteral("error"), plugin.error);
+        plugins.append(object);
+    }
+    return QJsonObject {
+        { QStringLiteral("timeoutSeconds"), report.timeoutSeconds },
+        { QStringLiteral("isolate"), report.isolated },
+        { QStringLiteral("runs"), report.runs },
+        { QStringLiteral("plugins"), plugins },
+        { QStringLiteral("error"),
+          report.error.isEmpty() ? QJsonValue() : QJsonValue(report.error) },
+        { QStringLiteral("coreCannotBeLeftOut"), report.coreCannotBeLeftOut },
+        { QStringLiteral("cannotStart"), QJsonArray::fromStringList(report.culprits()) },
+        { QStringLiteral("everyPluginStarted"), report.everyPluginStarted() },
+    };
+}
+
+} // namespace ZelvaneInspect

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QtCore/QJsonObject>
+#include <QtCore/QString>
+
+namespace Zelvane {
+struct TrialPlugin;
+struct TrialReport;
+} // namespace Zelvane
+
+namespace ZelvaneInspect {
+
+// What the trial load found, as people read it and as scripts read it.
+QString trialText(const Zelvane::TrialReport& report);
+QJsonObject trialJson(const Zelvane::TrialReport& report);
+
+// "crashed in initialize(): signal SIGSEGV (Segmentation fault)", "started: ..."
+QString trialOutcomeText(const Zelvane::TrialPlugin& plugin);
+
+} // namespace ZelvaneInspect

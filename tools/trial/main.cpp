@@ -1,0 +1,214 @@
+// zelvane-trial: loads a plugin folder as a host would, in a process of its own, and
+// tells the process that started it (zelvane-inspect --trial, Zelvane::SafeStart) each
+// step as it is entered. When a plugin crashes, aborts, exits or hangs, the last line
+// written names the plugin and the step; the watcher supplies the cause.
+//
+// It is not meant to be run by hand. Its output is one compact JSON object per line,
+// written unbuffered to what was its standard output when it started:
+//   {"event":"hello","us":T}                             the process runs
+//   {"event":"plan","plugin":I,"name":N,"file":F}       one per plugin, in load order
+//   {"event":"dropped","name":N,"file":F}               selected, dropped by the ordering
+//   {"event":"start","us":T}                            loadPlugins() is called
+//   {"event":"step","plugin":I,"step":S,"us":T}         S: library, root, initialize
+//   {"event":"finished","plugin":I,"ok":B,"us":T[,"error":E]}
+//   {"event":"end","ok":B,"us":T[,"error":E]}           loadPlugins() returned
+// T is CLOCK_MONOTONIC in microseconds, the clock the watcher reads too, so that it can
+// time a step that never finished. Plugins' own output goes to standard error.
+//
+// The plugins are loaded by PluginController::loadPlugins() itself: the selection, the
+// order and the loading are the library's own, and the steps come from the library's
+// load-step observer. This executable carries the library's code and exports its
+// classes, so a plugin binds to the controller and the IPlugin of this process.
+
+#include <zelvane/plugincontroller.h>
+
+#include "controller/loadplan_p.h"
+#include "plugin/loadsteps_p.h"
+#include "plugin/pluginnames_p.h"
+
+#include <QtCore/QCommandLineParser>
+#include <QtCore/QDir>
+#include <QtCore/QFile>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
+#include <QtCore/QLoggingCategory>
+#include <QtCore/QSettings>
+#include <QtCore/QTemporaryDir>
+#include <QtWidgets/QApplication>
+
+#include <sys/prctl.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdio>
+
+namespace {
+
+int protocolFd = -1;
+int nextPlugin = 0; // the index, in load order, of the plugin whose load() runs next
+int currentPlugin = -1;
+
+qint64 nowUs()
+{
+    return std::chrono::duration_cast<std::chrono::microseconds>(
+               std::chrono::steady_clock::now().time_since_epoch())
+        .count();
+}
+
+// One line, written in one call: a line is complete or absent when the process dies.
+void emitLine(QJsonObject object)
+{
+    QByteArray line = QJsonDocument(object).toJson(QJsonDocument::Compact);
+    line.append('\n');
+    const char* data = line.constData();
+    qsizetype left = line.size();
+    while (left > 0) {
+        const ssize_t written = ::write(protocolFd, data, size_t(left));
+        if (written <= 0)
+            return;
+        data += written;
+        left -= written;
+    }
+}
+
+void observeStep(const Zelvane::PluginLoader& plugin, Zelvane::LoadStep step)
+{
+    const qint64 us = nowUs();
+    switch (step) {
+    case Zelvane::LoadStep::Library:
+        currentPlugin = nextPlugin++;
+        emitLine({ { QStringLiteral("event"), QStringLiteral("step") },
+                   { QStringLiteral("plugin"), currentPlugin },
+                   { QStringLiteral("step"), QStringLiteral("library") },
+                   { QStringLiteral("us"), double(us) } });
+        return;
+    case Zelvane::LoadStep::RootObject:
+    case Zelvane::LoadStep::Initialize:
+        emitLine({ { QStringLiteral("event"), QStringLiteral("step") },
+                   { QStringLiteral("plugin"), currentPlugin },
+                   { QStringLiteral("step"),
+                     step == Zelvane::LoadStep::RootObject ? QStringLiteral("root")
+                                                           : QStringLiteral("initialize") },
+                   { QStringLiteral("us"), double(us) } });
+        return;
+    case Zelvane::LoadStep::Finished:
+        break;
+    }
+    // The error text of a failed load is the one the controller takes over; a success
+    // leaves an earlier text in place, so it is only read when load() failed.
+    QJsonObject finished { { QStringLiteral("event"), QStringLiteral("finished") },
+                           { QStringLiteral("plugin"), currentPlugin },
+                           { QStringLiteral("us"), double(us) } };
+    const bool ok = plugin.loaded() && plugin.errorString().isEmpty();
+    finished.insert(QStringLiteral("ok"), ok);
+    if (!ok)
+        finished.insert(QStringLiteral("error"), plugin.errorString());
+    emitLine(finished);
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    // The protocol keeps the standard output it was given; anything a plugin prints
+    // goes to standard error, where it cannot break a line of the protocol.
+    protocolFd = ::dup(STDOUT_FILENO);
+    ::dup2(STDERR_FILENO, STDOUT_FILENO);
+    // A plugin that crashes is the expected case here: no core file for each one.
+    ::prctl(PR_SET_DUMPABLE, 0);
+
+    // A plugin of a GUI host may need a GUI application; without a display, the
+    // offscreen platform stands in for it.
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") && qEnvironmentVariableIsEmpty("DISPLAY")
+        && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication app(argc, argv);
+    emitLine({ { QStringLiteral("event"), QStringLiteral("hello") },
+               { QStringLiteral("us"), double(nowUs()) } });
+    // Refused files cost a debug line each in a host; the watcher reports them itself.
+    QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
+
+    QCommandLineParser parser;
+    parser.addPositionalArgument(QStringLiteral("DIR"), QString());
+    const QCommandLineOption iidOption(QStringLiteral("iid"), QString(), QStringLiteral("IID"));
+    const QCommandLineOption settingsOption(QStringLiteral("settings"), QString(),
+                                            QStringLiteral("FILE"));
+    const QCommandLineOption argOption(QStringLiteral("arg"), QString(),
+                                       QStringLiteral("NAME=VALUE"));
+    const QCommandLineOption offOption(QStringLiteral("switch-off"), QString(),
+                                       QStringLiteral("NAME"));
+    parser.addOptions({ iidOption, settingsOption, argOption, offOption });
+    if (!parser.parse(app.arguments()) || parser.positionalArguments().size() != 1
+        || !parser.isSet(iidOption)) {
+        std::fprintf(stderr,
+                     "usage: zelvane-trial DIR --iid IID [--settings FILE] "
+                     "[--arg NAME=VALUE]... [--switch-off NAME]...\n");
+        return 2;
+    }
+
+    // The host's settings file is never written: the trial reads a copy of it, in which
+    // the plugins to leave out are switched off as a user would switch them off.
+    QTemporaryDir scratch;
+    const QString settingsFile = scratch.filePath(QStringLiteral("settings.ini"));
+    const QString hostSettings = parser.value(settingsOption);
+    if (!hostSettings.isEmpty() && QFile::exists(hostSettings))
+        QFile::copy(hostSettings, settingsFile);
+    QFile::setPermissions(settingsFile, QFile::ReadOwner | QFile::WriteOwner);
+    QSettings settings(settingsFile, QSettings::IniFormat);
+    const QStringList switchedOff = parser.values(offOption);
+    for (const QString& name : switchedOff)
+        settings.setValue(Zelvane::selectionSettingsKey(name), false);
+    settings.sync();
+
+    QMap<QString, QString> arguments;
+    const QStringList pairs = parser.values(argOption);
+    for (const QString& pair : pairs)
+        arguments.insert(pair.section(QLatin1Char('='), 0, 0), pair.section(QLatin1Char('='), 1));
+
+    auto* controller = Zelvane::PluginController::instance();
+    controller->setPluginIID(parser.value(iidOption));
+    controller->setSettings(&settings);
+    controller->setArguments(arguments);
+    const QDir dir(parser.positionalArguments().constFirst());
+
+    // The plan that loadPlugins() is about to carry out, so that the watcher knows which
+    // plugins follow the one that takes the process down. It reads the same folder and
+    // settings the same way, and loads nothing.
+    {
+        Zelvane::LoadPlan plan(dir);
+        plan.decide(&settings);
+        const QList<Zelvane::LoadPlan::File> files = plan.files();
+        const QList<int> order = plan.loadOrderFiles();
+        for (int i = 0; i < order.size(); ++i) {
+            const Zelvane::LoadPlan::File& file = files.at(order.at(i));
+            emitLine({ { QStringLiteral("event"), QStringLiteral("plan") },
+                       { QStringLiteral("plugin"), i },
+                       { QStringLiteral("name"), file.name },
+                       { QStringLiteral("file"), file.fileName } });
+        }
+        for (const Zelvane::LoadPlan::File& file : files) {
+            if (file.fate == Zelvane::LoadPlan::Fate::Dropped)
+                emitLine({ { QStringLiteral("event"), QStringLiteral("dropped") },
+                           { QStringLiteral("name"), file.name },
+                           { QStringLiteral("file"), file.fileName } });
+        }
+    }
+
+    Zelvane::setLoadStepObserver(observeStep);
+    emitLine({ { QStringLiteral("event"), QStringLiteral("start") },
+               { QStringLiteral("us"), double(nowUs()) } });
+    const bool ok = controller->loadPlugins(dir);
+    const qint64 end = nowUs();
+    Zelvane::setLoadStepObserver(nullptr);
+    QJsonObject last { { QStringLiteral("event"), QStringLiteral("end") },
+                       { QStringLiteral("ok"), ok },
+                       { QStringLiteral("us"), double(end) } };
+    if (!ok)
+        last.insert(QStringLiteral("error"), controller->errorString());
+    emitLine(last);
+
+    // What plugins do when they are unloaded is not part of the start-up: leave at
+    // once, without their destructors, whatever they would do there.
+    std::fflush(stderr);
+    ::_exit(0);
+}

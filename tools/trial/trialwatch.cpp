@@ -1,0 +1,333 @@
+#include "trialwatch.h"
+
+#include <QtCore/QDir>
+#include <QtCore/QFileInfo>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
+#include <QtCore/QObject>
+#include <QtCore/QProcess>
+#include <QtCore/QSet>
+
+#include <algorithm>
+#include <chrono>
+#include <cstring>
+#include <signal.h>
+
+namespace Zelvane {
+
+namespace {
+
+qint64 nowUs()
+{
+    return std::chrono::duration_cast<std::chrono::microseconds>(
+               std::chrono::steady_clock::now().time_since_epoch())
+        .count();
+}
+
+// One run of the child: the plan it announced and what each plugin of it did.
+struct Run
+{
+    QList<TrialPlugin> plan;
+    QList<TrialPlugin> dropped;
+    qint64 startUs = -1; // loadPlugins() called, on the child's clock (the same clock)
+    bool ended = false; // loadPlugins() returned
+    bool endedOk = false;
+    QString endError;
+    QString failure; // the child itself could not run
+};
+
+TrialPlugin::Step stepOf(const QString& text)
+{
+    if (text == QLatin1String("library"))
+        return TrialPlugin::Step::Library;
+    if (text == QLatin1String("root"))
+        return TrialPlugin::Step::RootObject;
+    return TrialPlugin::Step::Initialize;
+}
+
+class RunWatch
+{
+public:
+    RunWatch(const TrialWatch& watch, const QStringList& switchedOff)
+        : m_watch(watch)
+        , m_switchedOff(switchedOff)
+    {
+    }
+
+    Run run();
+
+private:
+    void handle(const QJsonObject& event);
+    qint64 relative(const QJsonObject& event) const
+    {
+        return qint64(event.value(QStringLiteral("us")).toDouble()) - m_run.startUs;
+    }
+    TrialPlugin* current()
+    {
+        return m_current >= 0 && m_current < m_run.plan.size() ? &m_run.plan[m_current] : nullptr;
+    }
+
+    const TrialWatch& m_watch;
+    const QStringList m_switchedOff;
+    Run m_run;
+    int m_current = -1;
+    bool m_progress = false; // a plugin was entered since the deadline was last set
+};
+
+void RunWatch::handle(const QJsonObject& event)
+{
+    const QString type = event.value(QStringLiteral("event")).toString();
+    if (type == QLatin1String("plan")) {
+        TrialPlugin plugin;
+        plugin.name = event.value(QStringLiteral("name")).toString();
+        plugin.file = event.value(QStringLiteral("file")).toString();
+        m_run.plan.append(plugin);
+    } else if (type == QLatin1String("dropped")) {
+        TrialPlugin plugin;
+        plugin.name = event.value(QStringLiteral("name")).toString();
+        plugin.file = event.value(QStringLiteral("file")).toString();
+        plugin.outcome = TrialPlugin::Outcome::Dropped;
+        m_run.dropped.append(plugin);
+    } else if (type == QLatin1String("start")) {
+        m_run.startUs = qint64(event.value(QStringLiteral("us")).toDouble());
+    } else if (type == QLatin1String("step")) {
+        m_current = event.value(QStringLiteral("plugin")).toInt();
+        TrialPlugin* plugin = current();
+        if (!plugin)
+            return;
+        const TrialPlugin::Step step = stepOf(event.value(QStringLiteral("step")).toString());
+        plugin->step = step;
+        const qint64 at = relative(event);
+        switch (step) {
+        case TrialPlugin::Step::Library:
+            plugin->libraryStart = at;
+            m_progress = true;
+            break;
+        case TrialPlugin::Step::RootObject:
+            plugin->rootObjectStart = at;
+            break;
+        default:
+            plugin->initializeStart = at;
+            break;
+        }
+    } else if (type == QLatin1String("finished")) {
+        TrialPlugin* plugin = current();
+        if (!plugin)
+            return;
+        plugin->end = relative(event);
+        if (event.value(QStringLiteral("ok")).toBool()) {
+            plugin->outcome = TrialPlugin::Outcome::Started;
+        } else {
+            plugin->outcome = TrialPlugin::Outcome::Failed;
+            plugin->error = event.value(QStringLiteral("error")).toString();
+        }
+    } else if (type == QLatin1String("end")) {
+        m_run.ended = true;
+        m_run.endedOk = event.value(QStringLiteral("ok")).toBool();
+        m_run.endError = event.value(QStringLiteral("error")).toString();
+    }
+}
+
+Run RunWatch::run()
+{
+    QStringList arguments { m_watch.directory, QStringLiteral("--iid"), m_watch.iid };
+    if (!m_watch.settingsFile.isEmpty())
+        arguments << QStringLiteral("--settings") << m_watch.settingsFile;
+    for (auto it = m_watch.arguments.cbegin(); it != m_watch.arguments.cend(); ++it)
+        arguments << QStringLiteral("--arg") << it.key() + QLatin1Char('=') + it.value();
+    for (const QString& name : m_switchedOff)
+        arguments << QStringLiteral("--switch-off") << name;
+
+    QProcess process;
+    // What plugins print is theirs; the report says what happened to them.
+    process.setStandardErrorFile(QProcess::nullDevice());
+    process.start(m_watch.program, arguments);
+    if (!process.waitForStarted()) {
+        m_run.failure = QObject::tr("cannot start %1: %2")
+                            .arg(QDir::toNativeSeparators(m_watch.program), process.errorString());
+        return m_run;
+    }
+
+    // Every plugin gets the whole timeout, from the moment its library starts loading;
+    // so does the start of the child, up to the first plugin.
+    const qint64 timeoutUs = qint64(m_watch.timeoutSeconds) * 1000000;
+    qint64 deadline = nowUs() + timeoutUs;
+    bool timedOut = false;
+    const auto readLines = [&]() {
+        while (process.canReadLine()) {
+            const QJsonObject event = QJsonDocument::fromJson(process.readLine()).object();
+            handle(event);
+            if (m_progress) {
+                m_progress = false;
+                deadline = nowUs() + timeoutUs;
+            }
+        }
+    };
+    for (;;) {
+        readLines();
+        if (process.state() == QProcess::NotRunning)
+            break;
+        const qint64 left = deadline - nowUs();
+        if (left <= 0) {
+            timedOut = true;
+            process.kill();
+            process.waitForFinished(-1);
+            break;
+        }
+        process.waitForReadyRead(int(qMin<qint64>(left / 1000 + 1, 200)));
+    }
+    const qint64 stoppedAt = nowUs();
+    readLines();
+
+    if (m_run.ended)
+        return m_run; // whatever happens after loadPlugins() returned is not the start-up
+
+    TrialPlugin* plugin = current();
+    if (plugin && plugin->outcome == TrialPlugin::Outcome::NotTried) {
+        plugin->end = stoppedAt - m_run.startUs;
+        if (timedOut) {
+            plugin->outcome = TrialPlugin::Outcome::TimedOut;
+        } else if (process.exitStatus() == QProcess::CrashExit) {
+            plugin->outcome = TrialPlugin::Outcome::Crashed;
+            plugin->signal = process.exitCode();
+        } else {
+            plugin->outcome = TrialPlugin::Outcome::Exited;
+            plugin->exitCode = process.exitCode();
+        }
+        return m_run;
+    }
+    // Died outside any plugin: in the helper itself, before or between plugins.
+    if (timedOut)
+        m_run.failure
+            = QObject::tr("zelvane-trial made no progress within %1 s").arg(m_watch.timeoutSeconds);
+    else if (process.exitStatus() == QProcess::CrashExit)
+        m_run.failure = QObject::tr("zelvane-trial was killed by signal %1 outside any plugin")
+                            .arg(signalText(process.exitCode()));
+    else
+        m_run.failure = QObject::tr("zelvane-trial exited with code %1 outside any plugin")
+                            .arg(process.exitCode());
+    return m_run;
+}
+
+} // namespace
+
+qint64 TrialPlugin::libraryUs() const
+{
+    if (libraryStart < 0)
+        return -1;
+    const qint64 until = initializeStart >= 0 ? initializeStart : end;
+    return until >= 0 ? until - libraryStart : -1;
+}
+
+qint64 TrialPlugin::initializeUs() const
+{
+    return initializeStart >= 0 && end >= 0 ? end - initializeStart : -1;
+}
+
+bool TrialReport::everyPluginStarted() const
+{
+    if (!error.isEmpty() || plugins.isEmpty())
+        return false;
+    return std::all_of(plugins.cbegin(), plugins.cend(), [](const TrialPlugin& plugin) {
+        return plugin.outcome == TrialPlugin::Outcome::Started;
+    });
+}
+
+QStringList TrialReport::culprits() const
+{
+    QStringList names;
+    for (const TrialPlugin& plugin : plugins) {
+        if (plugin.cannotStart())
+            names.append(plugin.name);
+    }
+    return names;
+}
+
+TrialReport TrialWatch::run() const
+{
+    TrialReport report;
+    report.timeoutSeconds = timeoutSeconds;
+    report.isolated = isolate;
+    QStringList switchedOff;
+    QSet<QString> culpritFiles;
+    for (;;) {
+        Run run = RunWatch(*this, switchedOff).run();
+        const int runIndex = report.runs++;
+        if (!run.failure.isEmpty()) {
+            report.error = run.failure;
+            return report;
+        }
+
+        // Merge: a plugin keeps its place of the first run that reached it, and the
+        // figures of the last run that loaded it. Culprits keep the run they failed in.
+        qsizetype insertAt = 0;
+        for (TrialPlugin plugin : std::as_const(run.plan)) {
+            plugin.run = runIndex;
+            const auto same = [&plugin](const TrialPlugin& other) {
+                return other.file == plugin.file;
+            };
+            const auto found = std::find_if(report.plugins.begin(), report.plugins.end(), same);
+            if (found == report.plugins.end()) {
+                report.plugins.insert(insertAt, plugin);
+                ++insertAt;
+                continue;
+            }
+            insertAt = std::distance(report.plugins.begin(), found) + 1;
+            if (plugin.outcome != TrialPlugin::Outcome::NotTried
+                || found->outcome == TrialPlugin::Outcome::Dropped)
+                *found = plugin;
+        }
+        for (TrialPlugin plugin : std::as_const(run.dropped)) {
+            plugin.run = runIndex;
+            const auto found = std::find_if(
+                report.plugins.begin(), report.plugins.end(),
+                [&plugin](const TrialPlugin& other) { return other.file == plugin.file; });
+            if (found == report.plugins.end())
+                report.plugins.append(plugin);
+            else if (found->outcome == TrialPlugin::Outcome::NotTried)
+                *found = plugin;
+        }
+
+        if (run.ended && run.endedOk) {
+            report.error.clear();
+            return report;
+        }
+        const auto culprit = std::find_if(run.plan.cbegin(), run.plan.cend(),
+                                          [](const TrialPlugin& p) { return p.cannotStart(); });
+        if (culprit == run.plan.cend()) {
+            // loadPlugins() failed before any plugin: the folder has no Core plugin.
+            report.error = run.endError;
+            return report;
+        }
+        if (!isolate)
+            return report;
+        if (culpritFiles.contains(culprit->file)) {
+            // Switched off and loaded all the same: the Core plugin runs even when the
+            // user switches every Core plugin off, so nothing can be tried without it.
+            report.coreCannotBeLeftOut = true;
+            return report;
+        }
+        culpritFiles.insert(culprit->file);
+        switchedOff.append(culprit->name);
+    }
+}
+
+QString TrialWatch::findProgram(const QString& fromFolder, const QStringList& relativePaths)
+{
+    for (const QString& relativePath : relativePaths) {
+        const QFileInfo candidate(QDir(fromFolder).filePath(relativePath));
+        if (candidate.isFile() && candidate.isExecutable())
+            return candidate.absoluteFilePath();
+    }
+    return QString();
+}
+
+QString signalText(int signal)
+{
+    const char* abbreviation = sigabbrev_np(signal);
+    const QString name = abbreviation ? QStringLiteral("SIG") + QString::fromLatin1(abbreviation)
+                                      : QString::number(signal);
+    return QStringLiteral("%1 (%2)").arg(name, QString::fromLocal8Bit(strsignal(signal)));
+}
+
+} // namespace Zelvane
