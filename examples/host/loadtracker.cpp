@@ -29,6 +29,8 @@ LoadTracker::LoadTracker(const QDir& dir, const QString& iid, Zelvane::ObjectPoo
     }
 
     connect(pool, &Zelvane::ObjectPool::objectAdded, this, [this](QObject* obj) {
+        if (m_finished)
+            return;
         collectNewlyLoaded();
         // Plugins publish from initialize(), which runs right after their library is
         // loaded: the object belongs to the plugin loaded last.
@@ -42,6 +44,7 @@ LoadTracker::~LoadTracker() = default;
 void LoadTracker::finish()
 {
     collectNewlyLoaded();
+    m_finished = true;
 }
 
 QStringList LoadTracker::collectNewlyLoaded()

@@ -39,7 +39,8 @@ public:
 
     QStringList loadOrder() const { return m_loadOrder; }
     bool isLoaded(const QString& pluginName) const { return m_loadOrder.contains(pluginName); }
-    // The plugin that published obj, or an empty string for objects from elsewhere.
+    // The plugin that published obj while it was initialised, or an empty string for
+    // objects from elsewhere or published after the start-up (documents opened later).
     QString publisher(QObject* obj) const { return m_publishers.value(obj); }
 
 private:
@@ -55,6 +56,7 @@ private:
     std::vector<PluginFile> m_files;
     QStringList m_loadOrder;
     QHash<QObject*, QString> m_publishers;
+    bool m_finished = false;
 };
 
 } // namespace ZelvaneDemo

@@ -1,14 +1,14 @@
-// zelvane-demo: a Qt Widgets host of the example document editor plugins.
+// zelvane-demo: a Qt Widgets host of the example document editor plugins. The editor
+// on screen is the plugins' work: the core plugin makes the window, the extensions
+// add their commands to it. The host adds the plugins screen and About plugins.
 //
 // The start-up is the one every Zelvane host follows: controller, IID, command line
 // (with the options that the plugins declare), settings, arguments, loadPlugins(), and
 // shutdown() before the end.
 
 #include "loadtracker.h"
-#include "mainwindow.h"
-#include "pluginsdialog.h"
+#include "screens.h"
 #ifdef ZELVANE_DEMO_QML
-#include "pluginspage.h"
 #include <QtQuick/QQuickWindow>
 #endif
 
@@ -131,35 +131,12 @@ void printList(QTextStream& out, const QDir& dir, const QString& settingsFile,
     out << "Objects in the pool:\n" << joined(objects);
 }
 
-bool writeScreenshot(const QString& fileName, bool qmlPage, QString* error)
-{
-    Zelvane::PluginsModel* model = Zelvane::PluginController::instance()->pluginsModel();
-    QImage image;
-    if (qmlPage) {
-#ifdef ZELVANE_DEMO_QML
-        ZelvaneDemo::PluginsPage page(model);
-        if (!page.errorText().isEmpty()) {
-            *error = page.errorText();
-            return false;
-        }
-        page.show();
-        image = page.grabWindow();
-#else
-        *error = QObject::tr("this demo was built without Qt Quick");
-        return false;
-#endif
-    } else {
-        ZelvaneDemo::PluginsDialog dialog(model);
-        dialog.show();
-        QCoreApplication::processEvents();
-        image = dialog.grab().toImage();
-    }
-    if (image.isNull() || !image.save(fileName, "PNG")) {
-        *error = QObject::tr("cannot write %1").arg(fileName);
-        return false;
-    }
-    return true;
-}
+// The screens that --show names.
+const QMap<QString, ZelvaneDemo::Screen> screenNames {
+    { QStringLiteral("editor"), ZelvaneDemo::Screen::Editor },
+    { QStringLiteral("plugins"), ZelvaneDemo::Screen::Plugins },
+    { QStringLiteral("about"), ZelvaneDemo::Screen::About },
+};
 
 } // namespace
 
@@ -209,14 +186,22 @@ int main(int argc, char* argv[])
         QStringLiteral("list"),
         QObject::tr("Print the load order, the disabled and skipped plugins and any error, "
                     "then exit."));
+    const QCommandLineOption showOption(
+        QStringLiteral("show"),
+        QObject::tr("Open SCREEN on start: editor (the default), plugins (the plugins screen) "
+                    "or about (About plugins)."),
+        QStringLiteral("SCREEN"), QStringLiteral("editor"));
     const QCommandLineOption screenshotOption(
         QStringLiteral("screenshot"),
-        QObject::tr("Render the plugins dialog (with --qml: the QML page) to the PNG file "
-                    "FILE, then exit."),
+        QObject::tr("Render the screen that --show names to the PNG file FILE, then exit."),
         QStringLiteral("FILE"));
     const QCommandLineOption qmlOption(
         QStringLiteral("qml"), QObject::tr("Use the QML plugins page instead of the dialog."));
-    parser.addOptions({ pluginsOption, settingsOption, listOption, screenshotOption, qmlOption });
+    parser.addOptions(
+        { pluginsOption, settingsOption, listOption, showOption, screenshotOption, qmlOption });
+    parser.addPositionalArgument(QStringLiteral("files"),
+                                 QObject::tr("Documents to open (with the Documents plugin)."),
+                                 QStringLiteral("[FILE...]"));
 
     const QList<QCommandLineOption> pluginOptions = controller->pluginsOptions(pluginDir);
     for (const QCommandLineOption& option : pluginOptions) {
@@ -225,6 +210,14 @@ int main(int argc, char* argv[])
                                         .arg(option.names().constFirst());
     }
     parser.process(app);
+    if (!screenNames.contains(parser.value(showOption))) {
+        QTextStream(stderr) << "zelvane-demo: "
+                            << QObject::tr("--show takes editor, plugins or about, not %1")
+                                   .arg(parser.value(showOption))
+                            << Qt::endl;
+        return 2;
+    }
+    const ZelvaneDemo::Screen screen = screenNames.value(parser.value(showOption));
 
     // Every plugin receives the whole map: the plugin options given on the command
     // line, with their values; a switch has an empty value.
@@ -260,16 +253,22 @@ int main(int argc, char* argv[])
                 nullptr, QObject::tr("Zelvane demo"),
                 QObject::tr("The plugins could not be loaded:\n%1").arg(controller->errorString()));
         status = 1;
-    } else if (parser.isSet(screenshotOption)) {
+    } else if (!parser.isSet(listOption) || parser.isSet(screenshotOption)) {
+        // The host's windows go before the plugins that made the editor.
+        ZelvaneDemo::Screens screens(&tracker, settingsFile, parser.isSet(qmlOption));
         QString error;
-        if (!writeScreenshot(parser.value(screenshotOption), parser.isSet(qmlOption), &error)) {
+        if (!screens.openFiles(parser.positionalArguments(), &error)) {
             QTextStream(stderr) << "zelvane-demo: " << error << Qt::endl;
             status = 1;
+        } else if (parser.isSet(screenshotOption)) {
+            if (!screens.screenshot(screen, parser.value(screenshotOption), &error)) {
+                QTextStream(stderr) << "zelvane-demo: " << error << Qt::endl;
+                status = 1;
+            }
+        } else if (!headless) {
+            screens.show(screen);
+            status = app.exec();
         }
-    } else if (!headless) {
-        ZelvaneDemo::MainWindow window(&tracker, settingsFile, parser.isSet(qmlOption));
-        window.show();
-        status = app.exec();
     }
 
     // Plugins go before the application object and the settings they may still use.

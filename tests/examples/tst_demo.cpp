@@ -1,5 +1,6 @@
 // zelvane-demo run as a user runs it headless: --list and --screenshot over the
-// example plugins.
+// example plugins. The screenshots are read as a user would look at them: the red wavy
+// lines under unknown words, the focus mode's page, the text of the plugins screen.
 
 #include "processrunner.h"
 #include "settingsfixture.h"
@@ -50,6 +51,13 @@ bool isText(QRgb pixel)
     return qGray(pixel) < 80;
 }
 
+// The spell checker's wavy underline, thin and anti-aliased: clearly red, whatever
+// the shade.
+bool isUnderline(QRgb pixel)
+{
+    return qRed(pixel) > qGreen(pixel) + 60 && qRed(pixel) > qBlue(pixel) + 60;
+}
+
 } // namespace
 
 class tst_Demo : public QObject
@@ -62,6 +70,9 @@ private slots:
     void loadFailure();
     void noCorePlugin();
     void pluginOptionsInHelp();
+    void editorScreenshot_data();
+    void editorScreenshot();
+    void openFailure();
     void dialogScreenshot();
     void qmlScreenshot();
 };
@@ -84,7 +95,8 @@ void tst_Demo::list_data()
                                        QStringLiteral("Skipped:"),
                                        QStringLiteral("  (none)"),
                                        QStringLiteral("Objects in the pool:"),
-                                       QStringLiteral("  Workbench: Workbench \"workbench\""),
+                                       QStringLiteral("  Workbench: TabbedWorkbench \"workbench\""),
+                                       QStringLiteral("  Workbench: QPlainTextEdit \"editor\""),
                                        QStringLiteral("  Storage: DocumentStore \"documentStore\""),
                                        QStringLiteral("  Documents: DocumentManager \"documents\""),
                                        QStringLiteral(
@@ -106,7 +118,8 @@ void tst_Demo::list_data()
                          QStringLiteral("Skipped:"),
                          QStringLiteral("  (none)"),
                          QStringLiteral("Objects in the pool:"),
-                         QStringLiteral("  Workbench: Workbench \"workbench\""),
+                         QStringLiteral("  Workbench: TabbedWorkbench \"workbench\""),
+                         QStringLiteral("  Workbench: QPlainTextEdit \"editor\""),
                          QStringLiteral("  Storage: DocumentStore \"documentStore\""),
                          QStringLiteral("  Documents: DocumentManager \"documents\"") };
 
@@ -123,7 +136,8 @@ void tst_Demo::list_data()
                          QStringLiteral("Skipped:"),
                          QStringLiteral("  (none)"),
                          QStringLiteral("Objects in the pool:"),
-                         QStringLiteral("  Focus: Workbench \"workbench\""),
+                         QStringLiteral("  Focus: FocusWorkbench \"workbench\""),
+                         QStringLiteral("  Focus: QPlainTextEdit \"editor\""),
                          QStringLiteral("  Storage: DocumentStore \"documentStore\""),
                          QStringLiteral("  Documents: DocumentManager \"documents\""),
                          QStringLiteral("  Spellcheck: SpellChecker \"spellChecker\"") };
@@ -143,7 +157,8 @@ void tst_Demo::list_data()
                          QStringLiteral("  Spellcheck: its dependencies cannot be met "
                                         "(zelvane-inspect tells why)"),
                          QStringLiteral("Objects in the pool:"),
-                         QStringLiteral("  Workbench: Workbench \"workbench\""),
+                         QStringLiteral("  Workbench: TabbedWorkbench \"workbench\""),
+                         QStringLiteral("  Workbench: QPlainTextEdit \"editor\""),
                          QStringLiteral("  Storage: DocumentStore \"documentStore\"") };
 
     QTest::newRow("a plugin option with its value")
@@ -250,13 +265,98 @@ void tst_Demo::pluginOptionsInHelp()
                  "--export-format <format>     Export format: html (the default) or markdown"));
 }
 
+void tst_Demo::editorScreenshot_data()
+{
+    QTest::addColumn<QByteArray>("settings");
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<bool>("underlined");
+    QTest::addColumn<bool>("focusPage");
+
+    // The document opened is one line: "The NASA report is ready, but teh summary is
+    // not." Which words are underlined, tst_editorplugins checks in the document itself.
+    QTest::newRow("Workbench, English: teh underlined")
+        << QByteArray() << QStringList() << true << false;
+    QTest::newRow("Spellcheck switched off: nothing underlined")
+        << QByteArray("[plugin]\nSpellcheck=false\n") << QStringList() << false << false;
+    QTest::newRow("Focus, English: teh underlined")
+        << QByteArray("[plugin]\nWorkbench=false\nFocus=true\n") << QStringList() << true << true;
+    QTest::newRow("Focus without Spellcheck")
+        << QByteArray("[plugin]\nWorkbench=false\nFocus=true\nSpellcheck=false\n") << QStringList()
+        << false << true;
+}
+
+void tst_Demo::editorScreenshot()
+{
+    QFETCH(QByteArray, settings);
+    QFETCH(QStringList, arguments);
+    QFETCH(bool, underlined);
+    QFETCH(bool, focusPage);
+
+    QTemporaryDir folder;
+    QVERIFY(folder.isValid());
+    const QString settingsFile = folder.filePath(QStringLiteral("demo.ini"));
+    if (!settings.isEmpty())
+        QVERIFY(ZelvaneTest::writeFile(settingsFile, settings));
+    const QString document = folder.filePath(QStringLiteral("report.txt"));
+    QVERIFY(
+        ZelvaneTest::writeFile(document, "The NASA report is ready, but teh summary is not.\n"));
+    const QString file = folder.filePath(QStringLiteral("editor.png"));
+    const Result result
+        = runDemo(QStringList { QStringLiteral("--screenshot"), file, QStringLiteral("--settings"),
+                                settingsFile, document }
+                  + arguments);
+    QCOMPARE(result.out, QString());
+    QCOMPARE(result.exitCode, 0);
+
+    const QImage image(file);
+    QVERIFY2(!image.isNull(), "no PNG written");
+    QCOMPARE(image.size(), QSize(760, 480));
+    // The text sits below the menu bar (and the tabs); above it the workbench's tab has
+    // a red close button.
+    const QImage text = image.copy(QRect(0, 52, image.width(), 100));
+    QCOMPARE(countPixels(text, isUnderline) > 10, underlined);
+    // The focus mode's page: text in a column on a quiet background, no tabs.
+    const auto isPage = [](QRgb pixel) {
+        return QColor(pixel) == QColor(0xee, 0xea, 0xe0);
+    };
+    QCOMPARE(countPixels(image, isPage) > 50000, focusPage);
+}
+
+void tst_Demo::openFailure()
+{
+    QTemporaryDir folder;
+    const QString settingsFile = folder.filePath(QStringLiteral("demo.ini"));
+    const QString missing = folder.filePath(QStringLiteral("missing.txt"));
+    const Result result
+        = runDemo({ QStringLiteral("--screenshot"), folder.filePath(QStringLiteral("shot.png")),
+                    QStringLiteral("--settings"), settingsFile, missing });
+    QCOMPARE(result.exitCode, 1);
+    QVERIFY2(result.err.contains(
+                 QStringLiteral("zelvane-demo: Cannot read %1: No such file or directory\n")
+                     .arg(missing)),
+             qPrintable(result.err));
+
+    // Without Documents no plugin opens documents.
+    QVERIFY(ZelvaneTest::writeFile(settingsFile, "[plugin]\nStorage=false\nDocuments=false\n"));
+    const Result off
+        = runDemo({ QStringLiteral("--screenshot"), folder.filePath(QStringLiteral("shot.png")),
+                    QStringLiteral("--settings"), settingsFile, missing });
+    QCOMPARE(off.exitCode, 1);
+    QVERIFY2(
+        off.err.contains(
+            QStringLiteral("zelvane-demo: cannot open %1: the Documents plugin is switched off\n")
+                .arg(missing)),
+        qPrintable(off.err));
+    QVERIFY(!QFile::exists(folder.filePath(QStringLiteral("shot.png"))));
+}
+
 void tst_Demo::dialogScreenshot()
 {
     QTemporaryDir folder;
     const QString file = folder.filePath(QStringLiteral("dialog.png"));
-    const Result result
-        = runDemo({ QStringLiteral("--screenshot"), file, QStringLiteral("--settings"),
-                    folder.filePath(QStringLiteral("demo.ini")) });
+    const Result result = runDemo(
+        { QStringLiteral("--show"), QStringLiteral("plugins"), QStringLiteral("--screenshot"), file,
+          QStringLiteral("--settings"), folder.filePath(QStringLiteral("demo.ini")) });
     QCOMPARE(result.out, QString());
     QCOMPARE(result.exitCode, 0);
 
@@ -278,8 +378,9 @@ void tst_Demo::qmlScreenshot()
     QTemporaryDir folder;
     const QString file = folder.filePath(QStringLiteral("qml.png"));
     const Result result
-        = runDemo({ QStringLiteral("--qml"), QStringLiteral("--screenshot"), file,
-                    QStringLiteral("--settings"), folder.filePath(QStringLiteral("demo.ini")) });
+        = runDemo({ QStringLiteral("--qml"), QStringLiteral("--show"), QStringLiteral("plugins"),
+                    QStringLiteral("--screenshot"), file, QStringLiteral("--settings"),
+                    folder.filePath(QStringLiteral("demo.ini")) });
     QCOMPARE(result.out, QString());
     QCOMPARE(result.exitCode, 0);
 

@@ -1,0 +1,151 @@
+#include "screens.h"
+
+#include "../plugins/published.h"
+#include "../plugins/workbench.h"
+#include "aboutplugins.h"
+#include "pluginsdialog.h"
+#ifdef ZELVANE_DEMO_QML
+#include "pluginspage.h"
+#endif
+
+#include <zelvane/plugincontroller.h>
+#include <zelvane/pluginsmodel.h>
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QMetaObject>
+#include <QtGui/QAction>
+#include <QtGui/QImage>
+#include <QtWidgets/QMainWindow>
+#include <QtWidgets/QWidget>
+
+namespace ZelvaneDemo {
+
+Screens::Screens(const LoadTracker* tracker, const QString& settingsFile, bool qmlPage,
+                 QObject* parent)
+    : QObject(parent)
+    , m_tracker(tracker)
+    , m_settingsFile(settingsFile)
+    , m_qmlPage(qmlPage)
+{
+    m_workbench
+        = qobject_cast<Editor::IWorkbench*>(Editor::findPublished(QStringLiteral("workbench")));
+    if (!m_workbench || !m_workbench->window()) {
+        m_workbench = nullptr;
+        m_about = std::make_unique<AboutPlugins>(m_tracker, m_settingsFile);
+        return;
+    }
+    auto* plugins = new QAction(tr("&Plugins…"), this);
+    plugins->setObjectName(QStringLiteral("showPlugins"));
+    connect(plugins, &QAction::triggered, this, &Screens::showPluginsScreen);
+    m_workbench->addAction(Editor::Menu::Tools, plugins);
+    auto* about = new QAction(tr("&About Plugins"), this);
+    about->setObjectName(QStringLiteral("aboutPlugins"));
+    connect(about, &QAction::triggered, this, &Screens::showAboutPlugins);
+    m_workbench->addAction(Editor::Menu::Help, about);
+}
+
+Screens::~Screens() = default;
+
+QWidget* Screens::mainWindow() const
+{
+    return m_workbench ? static_cast<QWidget*>(m_workbench->window()) : m_about.get();
+}
+
+bool Screens::openFiles(const QStringList& files, QString* error)
+{
+    if (files.isEmpty())
+        return true;
+    QObject* documents = Editor::findPublished(QStringLiteral("documents"));
+    if (!documents || !m_workbench) {
+        *error = tr("cannot open %1: the Documents plugin is switched off").arg(files.join(u' '));
+        return false;
+    }
+    for (const QString& file : files) {
+        bool opened = false;
+        QMetaObject::invokeMethod(documents, "open", Q_RETURN_ARG(bool, opened),
+                                  Q_ARG(QString, file));
+        if (!opened) {
+            *error = documents->property("errorString").toString();
+            return false;
+        }
+    }
+    return true;
+}
+
+void Screens::show(Screen screen)
+{
+    mainWindow()->show();
+    if (screen == Screen::Plugins)
+        showPluginsScreen();
+    else if (screen == Screen::About && m_workbench)
+        showAboutPlugins();
+}
+
+void Screens::showPluginsScreen()
+{
+    Zelvane::PluginsModel* model = Zelvane::PluginController::instance()->pluginsModel();
+#ifdef ZELVANE_DEMO_QML
+    if (m_qmlPage) {
+        auto* page = new PluginsPage(model);
+        page->setModality(Qt::ApplicationModal);
+        connect(page, &QWindow::visibleChanged, page, [page](bool visible) {
+            if (!visible)
+                page->deleteLater();
+        });
+        page->show();
+        return;
+    }
+#endif
+    auto* dialog = new PluginsDialog(model, mainWindow());
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->open();
+}
+
+void Screens::showAboutPlugins()
+{
+    if (!m_about)
+        m_about = std::make_unique<AboutPlugins>(m_tracker, m_settingsFile, mainWindow());
+    m_about->show();
+    m_about->raise();
+}
+
+bool Screens::screenshot(Screen screen, const QString& fileName, QString* error)
+{
+    QImage image;
+    if (screen == Screen::Plugins && m_qmlPage) {
+#ifdef ZELVANE_DEMO_QML
+        PluginsPage page(Zelvane::PluginController::instance()->pluginsModel());
+        if (!page.errorText().isEmpty()) {
+            *error = page.errorText();
+            return false;
+        }
+        page.show();
+        image = page.grabWindow();
+#else
+        *error = tr("this demo was built without Qt Quick");
+        return false;
+#endif
+    } else if (screen == Screen::Plugins) {
+        PluginsDialog dialog(Zelvane::PluginController::instance()->pluginsModel());
+        dialog.show();
+        QCoreApplication::processEvents();
+        image = dialog.grab().toImage();
+    } else {
+        if (screen == Screen::About)
+            showAboutPlugins();
+        QWidget* window
+            = screen == Screen::About ? static_cast<QWidget*>(m_about.get()) : mainWindow();
+        window->show();
+        // Layouts settle and the spell checker highlights in posted events.
+        QCoreApplication::processEvents();
+        QCoreApplication::processEvents();
+        image = window->grab().toImage();
+    }
+    if (image.isNull() || !image.save(fileName, "PNG")) {
+        *error = tr("cannot write %1").arg(fileName);
+        return false;
+    }
+    return true;
+}
+
+} // namespace ZelvaneDemo

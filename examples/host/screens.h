@@ -1,0 +1,60 @@
+#pragma once
+
+#include <QtCore/QObject>
+#include <QtCore/QPointer>
+#include <QtCore/QStringList>
+
+#include <memory>
+
+QT_BEGIN_NAMESPACE
+class QWidget;
+QT_END_NAMESPACE
+
+namespace Editor {
+class IWorkbench;
+}
+
+namespace ZelvaneDemo {
+
+class AboutPlugins;
+class LoadTracker;
+
+// What zelvane-demo can show, on start (--show) or in a screenshot.
+enum class Screen { Editor, Plugins, About };
+
+// The demo's windows. The editor window is the core plugin's (the workbench in the
+// pool); the host only adds its own two commands to it, Tools > Plugins… and
+// Help > About plugins. Without a core plugin that makes a window, About plugins is
+// the main window.
+class Screens : public QObject
+{
+    Q_OBJECT
+
+public:
+    Screens(const LoadTracker* tracker, const QString& settingsFile, bool qmlPage,
+            QObject* parent = nullptr);
+    ~Screens() override;
+
+    // Opens the files through the Documents plugin's published "documents" object.
+    // False with the reason when a file cannot be opened or no plugin opens documents.
+    bool openFiles(const QStringList& files, QString* error);
+
+    // Shows the main window, and the screen over it unless that is the editor.
+    void show(Screen screen);
+    // Renders the screen offscreen to a PNG file; false with the reason on failure.
+    bool screenshot(Screen screen, const QString& fileName, QString* error);
+
+    void showPluginsScreen();
+    void showAboutPlugins();
+
+private:
+    QWidget* mainWindow() const;
+
+    const LoadTracker* m_tracker;
+    QString m_settingsFile;
+    bool m_qmlPage;
+    Editor::IWorkbench* m_workbench = nullptr;
+    std::unique_ptr<AboutPlugins> m_about;
+};
+
+} // namespace ZelvaneDemo
