@@ -1,6 +1,7 @@
 #include <zelvane/plugincontroller.h>
 
 #include "controller/loadplan_p.h"
+#include "controller/plugindiscovery_p.h"
 #include "controller/pluginoptions_p.h"
 #include "plugin/pluginnames_p.h"
 
@@ -101,14 +102,26 @@ bool PluginController::loadPlugins(const QDir& dir)
 QList<QCommandLineOption> PluginController::pluginsOptions(const QDir& dir) const
 {
     // Discovery only: the options of every accepted plugin, whatever its category and
-    // whether or not it is enabled, and no settings read.
-    QList<QCommandLineOption> options;
-    const QMultiMap<QString, PluginLoader> plugins = LoadPlan(dir).discovered();
-    for (const PluginLoader& plugin : plugins) {
-        const QList<PluginArgumentDescription> arguments = plugin.argumentDescriptions();
+    // whether or not it is enabled, and no settings read. The options come out in the
+    // order of discovery's map by category (categories by name, each one's plugins in
+    // the reverse of the listing); a map of each plugin's options, filled in the same
+    // order, gives that order without keeping every plugin's loader and metadata alive
+    // until the end of the scan.
+    QMultiMap<QString, QList<QCommandLineOption>> byCategory;
+    forEachPluginFile(dir, [&byCategory](DiscoveredFile& file) {
+        if (!file.accepted)
+            return;
+        QList<QCommandLineOption> options;
+        const QList<PluginArgumentDescription> arguments = file.plugin.argumentDescriptions();
+        options.reserve(arguments.size());
         for (const PluginArgumentDescription& argument : arguments)
             options.append(pluginOption(argument));
-    }
+        byCategory.insert(file.plugin.category(), options);
+    });
+
+    QList<QCommandLineOption> options;
+    for (const QList<QCommandLineOption>& pluginOptions : std::as_const(byCategory))
+        options.append(pluginOptions);
     return options;
 }
 

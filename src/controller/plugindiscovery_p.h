@@ -36,11 +36,14 @@ struct DiscoveredFile
 // and which of several Core plugins loads follows from it, so hosts see the choice
 // change if this changes. tst_plugindiscovery, tst_pluginsoptions and tst_loadplugins
 // pin it with file names that differ in letter case and in digit runs, both ways.
-[[maybe_unused]] static QList<DiscoveredFile> discoverPluginFiles(const QDir& dir)
+//
+// visit(DiscoveredFile&) sees each file as soon as it is read, so a caller that keeps
+// only part of each record (pluginsOptions() keeps the options) never holds every
+// file's plugin loader, and its metadata, at once.
+template<typename Visit>
+[[maybe_unused]] static void forEachPluginFile(const QDir& dir, Visit visit)
 {
-    QList<DiscoveredFile> files;
     const QStringList names = dir.entryList(pluginFileNameFilters(), QDir::Files, QDir::NoSort);
-    files.reserve(names.size());
     for (const QString& name : names) {
         DiscoveredFile file;
         file.fileName = name;
@@ -52,8 +55,14 @@ struct DiscoveredFile
             logDroppedPlugin(file.refusal);
             file.plugin = PluginLoader();
         }
-        files.append(file);
+        visit(file);
     }
+}
+
+[[maybe_unused]] static QList<DiscoveredFile> discoverPluginFiles(const QDir& dir)
+{
+    QList<DiscoveredFile> files;
+    forEachPluginFile(dir, [&files](DiscoveredFile& file) { files.append(std::move(file)); });
     return files;
 }
 

@@ -5,12 +5,15 @@
 // may share a process; the functions still run one per process (see loading.cmake),
 // because the last one loads plugins.
 
+#include "controller/loadplan_p.h"
 #include "loadingfixture.h"
 
 #include <zelvane/plugincontroller.h>
 
 #include <QtCore/QCommandLineOption>
 #include <QtCore/QCommandLineParser>
+#include <QtCore/QFile>
+#include <QtCore/QRandomGenerator>
 #include <QtTest/QTest>
 
 using namespace LoadingTest;
@@ -87,6 +90,7 @@ private slots:
     void fileNamesDifferingInCaseAndDigits_data();
     void fileNamesDifferingInCaseAndDigits();
     void sameNameClashesOnlyInTheParser();
+    void sameAsFromTheDiscoveredMap();
     void parsedOptionsReachInitialize();
 };
 
@@ -208,6 +212,64 @@ void tst_PluginsOptions::fileNamesDifferingInCaseAndDigits()
     const QStringList expected = expectedOptions(folder);
     QCOMPARE(expected.size(), 8);
     QCOMPARE(describe(options), expected);
+}
+
+// pluginsOptions() keeps only each plugin's options while it scans. Its result must be
+// what the map of discovered plugins gives, read whole after the scan, on random
+// folders: the plugins in random numbers of copies under random file names, refused
+// files among them, listed by the QDir's own sorting or unsorted.
+void tst_PluginsOptions::sameAsFromTheDiscoveredMap()
+{
+    quint32 seed = QRandomGenerator::global()->generate();
+    if (qEnvironmentVariableIsSet("ZELVANE_TEST_SEED"))
+        seed = qEnvironmentVariableIntValue("ZELVANE_TEST_SEED");
+    qInfo("sameAsFromTheDiscoveredMap seed: %u (set ZELVANE_TEST_SEED to repeat)", seed);
+    QRandomGenerator random(seed);
+
+    const QStringList targets { "zt_loading_sidebar",  "zt_loading_export", "zt_loading_editor",
+                                "zt_loading_spelling", "zt_loading_twice",  "zt_loading_plain",
+                                "zt_loading_bare",     "zt_loading_foreign" };
+    const QString characters = QStringLiteral("aAbB019_-");
+    for (int round = 0; round < 40; ++round) {
+        Scenario scenario;
+        QVERIFY(scenario.create({}));
+        scenario.configureController();
+        const int files = random.bounded(25);
+        for (int index = 0; index < files; ++index) {
+            QString fileName;
+            for (int length = 1 + random.bounded(6); length > 0; --length)
+                fileName += characters.at(random.bounded(int(characters.size())));
+            const QString path
+                = scenario.pluginDir() + QLatin1Char('/') + fileName + QStringLiteral(".so");
+            if (QFile::exists(path))
+                continue;
+            const QString target = targets.at(random.bounded(int(targets.size())));
+            QVERIFY(QFile::copy(ZelvaneTest::pluginPath(target), path));
+        }
+        const QDir folder(scenario.pluginDir(), QString(),
+                          random.bounded(2) ? QDir::SortFlags(QDir::Unsorted)
+                                            : QDir::SortFlags(QDir::Name | QDir::IgnoreCase));
+
+        QStringList expected;
+        const QMultiMap<QString, Zelvane::PluginLoader> discovered
+            = Zelvane::LoadPlan(folder).discovered();
+        for (const Zelvane::PluginLoader& plugin : discovered) {
+            const QList<Zelvane::PluginArgumentDescription> arguments
+                = plugin.argumentDescriptions();
+            for (const Zelvane::PluginArgumentDescription& argument : arguments)
+                expected.append(describe(QCommandLineOption(argument.name, argument.description,
+                                                            argument.parameter, QString())));
+        }
+        const QStringList actual = describe(PluginController::instance()->pluginsOptions(folder));
+        QVERIFY2(
+            actual == expected,
+            qPrintable(QStringLiteral("seed %1, round %2, files %3:\n%4\n--\n%5")
+                           .arg(seed)
+                           .arg(round)
+                           .arg(ZelvaneTest::listing(scenario.pluginDir(), folder.sorting())
+                                    .join(QLatin1String(", ")),
+                                actual.join(QLatin1Char('\n')), expected.join(QLatin1Char('\n')))));
+    }
 }
 
 void tst_PluginsOptions::sameNameClashesOnlyInTheParser()
