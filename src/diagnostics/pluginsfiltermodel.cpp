@@ -41,6 +41,18 @@ void PluginsFilterModel::setFilterText(const QString& text)
     Q_EMIT filterTextChanged();
 }
 
+// PluginsModel answers its row count for any parent, also for one of its rows, while
+// saying that no row has children; views of a list must see none.
+int PluginsFilterModel::rowCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : QSortFilterProxyModel::rowCount(parent);
+}
+
+bool PluginsFilterModel::hasChildren(const QModelIndex& parent) const
+{
+    return !parent.isValid() && QSortFilterProxyModel::hasChildren(parent);
+}
+
 bool PluginsFilterModel::filterAcceptsRow(int sourceRow, const QModelIndex& sourceParent) const
 {
     const QModelIndex index = sourceModel()->index(sourceRow, 0, sourceParent);

@@ -28,6 +28,10 @@ public:
     QString filterText() const;
     void setFilterText(const QString& text);
 
+    /// A list: no row has children, whatever the model says of them.
+    int rowCount(const QModelIndex& parent = QModelIndex()) const override;
+    bool hasChildren(const QModelIndex& parent = QModelIndex()) const override;
+
 Q_SIGNALS:
     void categoryChanged();
     void filterTextChanged();

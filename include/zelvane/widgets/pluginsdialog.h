@@ -1,0 +1,38 @@
+#pragma once
+
+#include <zelvane/widgets/zelvane_widgets_export.h>
+
+#include <QtCore/QDir>
+#include <QtWidgets/QDialog>
+
+namespace Zelvane {
+
+class PluginsWidget;
+
+/// A PluginsWidget in a dialog with a Close button: a host's "Plugins..." window.
+///
+/// Every tick is saved when it is made, so closing confirms nothing. The dialog repeats
+/// the widget's restartRequested(); the widget itself is pluginsWidget().
+class ZELVANE_WIDGETS_EXPORT PluginsDialog : public QDialog
+{
+    Q_OBJECT
+
+public:
+    explicit PluginsDialog(QWidget* parent = nullptr);
+    /// The same, showing the plugins of dir (see PluginsWidget::setPluginDirectory()).
+    explicit PluginsDialog(const QDir& dir, QWidget* parent = nullptr);
+    ~PluginsDialog() override;
+
+    PluginsWidget* pluginsWidget() const;
+
+Q_SIGNALS:
+    void restartRequested();
+
+protected:
+    void connectNotify(const QMetaMethod& signal) override;
+
+private:
+    PluginsWidget* m_widget;
+};
+
+} // namespace Zelvane

@@ -1,0 +1,351 @@
+// PluginsWidget and PluginsDialog as a user meets them: a window over the controller's
+// model after loadPlugins(), ticked with the mouse and the keyboard, filtered by typing,
+// with the details of the current plugin and the notice that a change waits for a restart.
+
+#include "../controller/loadingfixture.h"
+
+#include <zelvane/diagnostics/LoadDiagnostics>
+#include <zelvane/widgets/PluginsDialog>
+#include <zelvane/widgets/PluginsWidget>
+
+#include <QtCore/QSettings>
+#include <QtTest/QAbstractItemModelTester>
+#include <QtTest/QSignalSpy>
+#include <QtTest/QTest>
+#include <QtWidgets/QApplication>
+#include <QtWidgets/QDialogButtonBox>
+#include <QtWidgets/QLabel>
+#include <QtWidgets/QLineEdit>
+#include <QtWidgets/QListView>
+#include <QtWidgets/QListWidget>
+#include <QtWidgets/QPushButton>
+#include <QtWidgets/QStyleOptionViewItem>
+#include <QtWidgets/QTextBrowser>
+
+namespace {
+
+// "Name" for a clear row, "[Name]" for a ticked one.
+QStringList rows(const QAbstractItemView* view)
+{
+    QStringList result;
+    const QAbstractItemModel* model = view->model();
+    for (int row = 0; row < model->rowCount(); ++row) {
+        const QModelIndex index = model->index(row, 0);
+        const QString name = index.data().toString();
+        result.append(index.data(Qt::CheckStateRole).toInt() == Qt::Checked
+                          ? QLatin1Char('[') + name + QLatin1Char(']')
+                          : name);
+    }
+    return result;
+}
+
+QModelIndex indexOf(const QAbstractItemView* view, const QString& name)
+{
+    const QModelIndexList found = view->model()->match(view->model()->index(0, 0), Qt::DisplayRole,
+                                                       name, 1, Qt::MatchExactly);
+    return found.value(0);
+}
+
+// Where a click ticks a row: its check box.
+QPoint checkBoxOf(QListView* view, const QModelIndex& index)
+{
+    QStyleOptionViewItem option;
+    option.initFrom(view);
+    option.rect = view->visualRect(index);
+    option.features = QStyleOptionViewItem::HasCheckIndicator | QStyleOptionViewItem::HasDisplay;
+    option.text = index.data().toString();
+    option.widget = view;
+    return view->style()
+        ->subElementRect(QStyle::SE_ItemViewItemCheckIndicator, &option, view)
+        .center();
+}
+
+class Screen
+{
+public:
+    Screen(const QStringList& plugins, const QByteArray& settings = QByteArray())
+    {
+        ok = scenario.create(plugins, settings);
+        scenario.configureController();
+        ok = ok && Zelvane::PluginController::instance()->loadPlugins(QDir(scenario.pluginDir()));
+        widget.setPluginDirectory(QDir(scenario.pluginDir()));
+        widget.resize(720, 480);
+        widget.show();
+        ok = ok && QTest::qWaitForWindowExposed(&widget);
+        filter = widget.findChild<QLineEdit*>(QStringLiteral("filter"));
+        core = widget.findChild<QListView*>(QStringLiteral("core"));
+        extensions = widget.findChild<QListView*>(QStringLiteral("extensions"));
+        details = widget.findChild<QTextBrowser*>(QStringLiteral("details"));
+        notice = widget.findChild<QWidget*>(QStringLiteral("notice"));
+        restart = widget.findChild<QPushButton*>(QStringLiteral("restart"));
+        otherFiles = widget.findChild<QListWidget*>(QStringLiteral("otherFiles"));
+        ok = ok && filter && core && extensions && details && notice && restart && otherFiles;
+    }
+    ~Screen() { Zelvane::PluginController::instance()->shutdown(); }
+
+    QString stored(const QString& name) const
+    {
+        QSettings settings(scenario.settingsFile(), QSettings::IniFormat);
+        return settings.value(QStringLiteral("plugin/") + name).toString();
+    }
+
+    LoadingTest::Scenario scenario;
+    Zelvane::PluginsWidget widget;
+    bool ok = false;
+    QLineEdit* filter = nullptr;
+    QListView* core = nullptr;
+    QListView* extensions = nullptr;
+    QTextBrowser* details = nullptr;
+    QWidget* notice = nullptr;
+    QPushButton* restart = nullptr;
+    QListWidget* otherFiles = nullptr;
+};
+
+const QStringList folder { "zt_core", "zt_inspect_altcore", "zt_viewer", "zt_storage",
+                           "zt_notaplugin" };
+
+} // namespace
+
+class tst_PluginsWidget : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void groupsAndAccessibleNames();
+    void modelsBehindTheLists();
+    void typingFilters();
+    void spaceTicksAndTheNoticeAppears();
+    void clickingACoreRowChoosesIt();
+    void arrowsMoveBetweenTheLists();
+    void detailsOfAPluginThatWillNotLoad();
+    void detailsOfARefusedFile();
+    void dialogClosesAndRelaysRestart();
+};
+
+void tst_PluginsWidget::groupsAndAccessibleNames()
+{
+    Screen screen(folder);
+    QVERIFY(screen.ok);
+    QCOMPARE(rows(screen.core), QStringList({ "AltCore", "[Core]" }));
+    QCOMPARE(rows(screen.extensions), QStringList({ "[Viewer]", "[Storage]" }));
+    QCOMPARE(screen.otherFiles->count(), 1);
+    QCOMPARE(screen.otherFiles->item(0)->text(), QStringLiteral("libzt_notaplugin.so"));
+    QCOMPARE(screen.notice->isVisible(), false);
+    QCOMPARE(screen.widget.isRestartNeeded(), false);
+
+    QCOMPARE(screen.filter->accessibleName(), QStringLiteral("Filter plugins"));
+    QCOMPARE(screen.filter->placeholderText(), QStringLiteral("Filter plugins"));
+    QCOMPARE(screen.core->accessibleName(), QStringLiteral("Core plugins"));
+    QCOMPARE(screen.extensions->accessibleName(), QStringLiteral("Extension plugins"));
+    QCOMPARE(screen.otherFiles->accessibleName(),
+             QStringLiteral("Other files of the plugin folder"));
+    QCOMPARE(screen.details->accessibleName(), QStringLiteral("Plugin details"));
+    QCOMPARE(screen.restart->accessibleName(), QStringLiteral("Restart now"));
+    // Every label names the list it stands above, so Alt+letter reaches it.
+    QStringList labels;
+    const QList<QLabel*> found = screen.widget.findChildren<QLabel*>();
+    for (const QLabel* label : found) {
+        if (label->buddy())
+            labels.append(label->text() + QStringLiteral(" → ") + label->buddy()->accessibleName());
+    }
+    labels.sort();
+    QCOMPARE(labels,
+             QStringList({ "&Core → Core plugins", "&Extensions → Extension plugins",
+                           "Other &files → Other files of the plugin folder" }));
+}
+
+void tst_PluginsWidget::modelsBehindTheLists()
+{
+    Screen screen(folder);
+    QVERIFY(screen.ok);
+    QAbstractItemModelTester coreTester(screen.core->model(),
+                                        QAbstractItemModelTester::FailureReportingMode::QtTest);
+    QAbstractItemModelTester extensionTester(
+        screen.extensions->model(), QAbstractItemModelTester::FailureReportingMode::QtTest);
+    // Filtering, and a tick that resets the model, under the testers' eyes.
+    QTest::keyClicks(screen.filter, QStringLiteral("o"));
+    QCOMPARE(rows(screen.extensions), QStringList({ "[Viewer]", "[Storage]" }));
+    QTest::keyClicks(screen.filter, QStringLiteral("c"));
+    QCOMPARE(rows(screen.extensions), QStringList({ "[Viewer]", "[Storage]" })); // "documents"
+    screen.filter->clear();
+    QVERIFY(screen.extensions->model()->setData(indexOf(screen.extensions, "Storage"),
+                                                Qt::Unchecked, Qt::CheckStateRole));
+    QCOMPARE(rows(screen.extensions), QStringList({ "Viewer", "Storage" }));
+    QCOMPARE(screen.stored("Viewer"), QStringLiteral("false"));
+}
+
+void tst_PluginsWidget::typingFilters()
+{
+    Screen screen(folder);
+    QVERIFY(screen.ok);
+    // Name or description, ignoring case.
+    QTest::keyClicks(screen.filter, QStringLiteral("SHOWS"));
+    QCOMPARE(rows(screen.extensions), QStringList({ "[Viewer]" }));
+    QCOMPARE(rows(screen.core), QStringList());
+    screen.filter->clear();
+    QTest::keyClicks(screen.filter, QStringLiteral("altc"));
+    QCOMPARE(rows(screen.core), QStringList({ "AltCore" }));
+    QCOMPARE(rows(screen.extensions), QStringList());
+    screen.filter->clear();
+
+    // Typing in a list goes to the filter.
+    screen.extensions->setFocus();
+    QTest::keyClicks(screen.extensions, QStringLiteral("stor"));
+    QCOMPARE(screen.filter->text(), QStringLiteral("stor"));
+    QCOMPARE(screen.widget.filterText(), QStringLiteral("stor"));
+    QVERIFY(screen.filter->hasFocus());
+    QCOMPARE(rows(screen.extensions), QStringList({ "[Storage]" }));
+    // Down goes back to the first plugin shown.
+    QTest::keyClick(screen.filter, Qt::Key_Down);
+    QVERIFY(screen.extensions->hasFocus());
+    QCOMPARE(screen.widget.currentPlugin(), QStringLiteral("Storage"));
+}
+
+void tst_PluginsWidget::spaceTicksAndTheNoticeAppears()
+{
+    Screen screen(folder);
+    QVERIFY(screen.ok);
+    QSignalSpy restartNeeded(&screen.widget, &Zelvane::PluginsWidget::restartNeededChanged);
+    QSignalSpy restartRequested(&screen.widget, &Zelvane::PluginsWidget::restartRequested);
+
+    screen.extensions->setFocus();
+    screen.extensions->setCurrentIndex(indexOf(screen.extensions, "Storage"));
+    QTest::keyClick(screen.extensions, Qt::Key_Space);
+    QCoreApplication::processEvents(); // the screen reads the saved selection
+    // Viewer needs Storage: both are cleared, both are saved at once.
+    QCOMPARE(rows(screen.extensions), QStringList({ "Viewer", "Storage" }));
+    QCOMPARE(screen.stored("Storage"), QStringLiteral("false"));
+    QCOMPARE(screen.stored("Viewer"), QStringLiteral("false"));
+    // The keyboard stays on the plugin it ticked.
+    QCOMPARE(screen.extensions->currentIndex().data().toString(), QStringLiteral("Storage"));
+    QCOMPARE(screen.widget.currentPlugin(), QStringLiteral("Storage"));
+
+    QCOMPARE(restartNeeded.size(), 1);
+    QCOMPARE(restartNeeded.at(0).at(0).toBool(), true);
+    QVERIFY(screen.notice->isVisible());
+    const QLabel* text = screen.notice->findChild<QLabel*>();
+    QCOMPARE(text->text(), QStringLiteral("Changes apply at the next start."));
+    QVERIFY(screen.restart->isVisible()); // the spy listens
+    QTest::mouseClick(screen.restart, Qt::LeftButton);
+    QCOMPARE(restartRequested.size(), 1);
+
+    // Ticking Viewer again ticks Storage with it: what runs is what will run.
+    screen.extensions->setCurrentIndex(indexOf(screen.extensions, "Viewer"));
+    QTest::keyClick(screen.extensions, Qt::Key_Space);
+    QCoreApplication::processEvents();
+    QCOMPARE(rows(screen.extensions), QStringList({ "[Viewer]", "[Storage]" }));
+    QCOMPARE(restartNeeded.size(), 2);
+    QVERIFY(!screen.notice->isVisible());
+}
+
+void tst_PluginsWidget::clickingACoreRowChoosesIt()
+{
+    Screen screen(folder);
+    QVERIFY(screen.ok);
+    const QModelIndex altCore = indexOf(screen.core, "AltCore");
+    QTest::mouseClick(screen.core->viewport(), Qt::LeftButton, {},
+                      checkBoxOf(screen.core, altCore));
+    QCOMPARE(rows(screen.core), QStringList({ "[AltCore]", "Core" }));
+    QCOMPARE(screen.stored("AltCore"), QStringLiteral("true"));
+    QCOMPARE(screen.stored("Core"), QStringLiteral("false"));
+    // A ticked core row is not cleared by a click: one core plugin always loads.
+    QTest::mouseClick(screen.core->viewport(), Qt::LeftButton, {},
+                      checkBoxOf(screen.core, indexOf(screen.core, "AltCore")));
+    QCOMPARE(rows(screen.core), QStringList({ "[AltCore]", "Core" }));
+    QCoreApplication::processEvents();
+    QVERIFY(screen.widget.isRestartNeeded());
+}
+
+void tst_PluginsWidget::arrowsMoveBetweenTheLists()
+{
+    Screen screen(folder);
+    QVERIFY(screen.ok);
+    screen.core->setFocus();
+    screen.core->setCurrentIndex(indexOf(screen.core, "AltCore"));
+    QCOMPARE(screen.widget.currentPlugin(), QStringLiteral("AltCore"));
+    QTest::keyClick(screen.core, Qt::Key_Down);
+    QCOMPARE(screen.widget.currentPlugin(), QStringLiteral("Core"));
+    QTest::keyClick(screen.core, Qt::Key_Down);
+    QVERIFY(screen.extensions->hasFocus());
+    QCOMPARE(screen.widget.currentPlugin(), QStringLiteral("Viewer"));
+    QTest::keyClick(screen.extensions, Qt::Key_Down);
+    QCOMPARE(screen.widget.currentPlugin(), QStringLiteral("Storage"));
+    QTest::keyClick(screen.extensions, Qt::Key_Up);
+    QTest::keyClick(screen.extensions, Qt::Key_Up);
+    QVERIFY(screen.core->hasFocus());
+    QCOMPARE(screen.widget.currentPlugin(), QStringLiteral("Core"));
+}
+
+void tst_PluginsWidget::detailsOfAPluginThatWillNotLoad()
+{
+    Screen screen(folder, QByteArray("[plugin]\nStorage=false\n"));
+    QVERIFY(screen.ok);
+    screen.widget.setCurrentPlugin(QStringLiteral("Viewer"));
+    QCOMPARE(screen.extensions->currentIndex().data().toString(), QStringLiteral("Viewer"));
+    const QString path = QDir(screen.scenario.pluginDir()).absoluteFilePath("libzt_viewer.so");
+    QCOMPARE(screen.details->toPlainText(),
+             QStringLiteral("Viewer\n"
+                            "Shows documents\n"
+                            "State: Will not load: its dependencies cannot be met.\n"
+                            "Needs Storage, which is switched off.\n"
+                            "Needs: Storage\n"
+                            "Needed by: nothing\n"
+                            "Command-line options:\n"
+                            "--viewer-theme <theme> Colour theme\n"
+                            "--viewer-readonly Opens documents read-only\n"
+                            "File: %1")
+                 .arg(path));
+
+    screen.widget.setCurrentPlugin(QStringLiteral("AltCore"));
+    QCOMPARE(
+        screen.details->toPlainText(),
+        QStringLiteral("AltCore\n"
+                       "A second core plugin\n"
+                       "State: Will not load: another Core plugin, Core, is chosen.\n"
+                       "Needs: nothing\n"
+                       "Needed by: nothing\n"
+                       "File: %1")
+            .arg(QDir(screen.scenario.pluginDir()).absoluteFilePath("libzt_inspect_altcore.so")));
+}
+
+void tst_PluginsWidget::detailsOfARefusedFile()
+{
+    Screen screen(folder);
+    QVERIFY(screen.ok);
+    screen.otherFiles->setCurrentRow(0);
+    const QString path = QDir(screen.scenario.pluginDir()).absoluteFilePath("libzt_notaplugin.so");
+    QCOMPARE(screen.details->toPlainText(),
+             QStringLiteral("libzt_notaplugin.so\n"
+                            "State: Will not load: the library refuses the file: %1 is not a "
+                            "plugin (no string IID found).\n"
+                            "File: %1")
+                 .arg(path));
+}
+
+void tst_PluginsWidget::dialogClosesAndRelaysRestart()
+{
+    LoadingTest::Scenario scenario;
+    QVERIFY(scenario.create({ "zt_core", "zt_storage" }));
+    scenario.configureController();
+    QVERIFY(Zelvane::PluginController::instance()->loadPlugins(QDir(scenario.pluginDir())));
+
+    Zelvane::PluginsDialog dialog(QDir(scenario.pluginDir()));
+    QSignalSpy restartRequested(&dialog, &Zelvane::PluginsDialog::restartRequested);
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&dialog));
+    QCOMPARE(dialog.windowTitle(), QStringLiteral("Plugins"));
+    auto* restart = dialog.findChild<QPushButton*>(QStringLiteral("restart"));
+    Q_EMIT dialog.pluginsWidget()->restartRequested();
+    QCOMPARE(restartRequested.size(), 1);
+    QVERIFY(restart->isVisibleTo(dialog.findChild<QWidget*>(QStringLiteral("notice"))));
+
+    auto* close = dialog.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Close);
+    QCOMPARE(close->accessibleName(), QStringLiteral("Close"));
+    QTest::mouseClick(close, Qt::LeftButton);
+    QVERIFY(!dialog.isVisible());
+    QCOMPARE(dialog.result(), int(QDialog::Rejected));
+    Zelvane::PluginController::instance()->shutdown();
+}
+
+QTEST_MAIN(tst_PluginsWidget)
+#include "tst_pluginswidget.moc"
