@@ -12,6 +12,8 @@
 #   ./build.sh package [--check]                   Debian packages in build-package/packages,
 #                                                  lintian; --check builds the README's
 #                                                  host and plugin against them
+#   ./build.sh docs                                the API reference: build-docs/html/ and
+#                                                  build-docs/zelvane-<version>.qch
 #
 # Build folders: build/ (preset default), build-sanitize/ (sanitize), build-fuzz/ (fuzz).
 set -euo pipefail
@@ -28,11 +30,13 @@ PACKAGES=(
     qt6-declarative-dev qml6-module-qtquick qml6-module-qtquick-window
     qml6-module-qtqml-workerscript
     fonts-dejavu-core
-    dpkg-dev file abigail-tools
+    dpkg-dev file abigail-tools doxygen
 )
 
 # What ./build.sh package needs beyond the build: lintian and the manual page writer.
 PACKAGE_TOOLS=(lintian help2man)
+# What ./build.sh docs needs beyond doxygen: Qt 6's qhelpgenerator, for the .qch file.
+DOCS_TOOLS=(qt6-documentation-tools)
 
 ensure_packages() {
     local missing=()
@@ -106,8 +110,9 @@ run_test() {
 }
 
 # Builds only the library, the example plugins, zelvane-demo and zelvane-inspect,
-# prints what the demo host loads, renders its two plugin settings screens to PNG files,
-# and opens the demo's window when there is a display.
+# prints what the demo host loads, renders the editor (all plugins, and Focus) and its
+# two plugin settings screens to PNG files, and opens the demo's window when there is
+# a display.
 run_demo() {
     ensure_packages "${PACKAGES[@]}"
     cmake --preset default
@@ -124,24 +129,35 @@ run_demo() {
     echo "== zelvane-demo --list"
     "$demo" --list --settings "$settings"
 
-    # The screenshots always show the example plugins' own defaults.
-    local defaults
-    defaults=$(mktemp -d)
-    "$demo" --settings "$defaults/defaults.ini" --screenshot "$out/plugins-dialog.png" 2>/dev/null
-    "$demo" --settings "$defaults/defaults.ini" --qml --screenshot "$out/plugins-qml.png" 2>/dev/null
-    rm -rf "$defaults"
+    # The screenshots show the example plugins' own defaults, all of them (Export is
+    # off by default), and Focus, over the sample documents.
+    local shots samples="$ROOT/examples/host/sample"
+    shots=$(mktemp -d)
+    printf '[plugin]\nExport=true\n' >"$shots/all.ini"
+    printf '[plugin]\nWorkbench=false\nFocus=true\n' >"$shots/focus.ini"
+    "$demo" --settings "$shots/all.ini" --show file-menu --screenshot "$out/editor.png" \
+        "$samples/notes.txt" "$samples/welcome.txt" 2>/dev/null
+    "$demo" --settings "$shots/focus.ini" --screenshot "$out/editor-focus.png" \
+        "$samples/welcome.txt" 2>/dev/null
+    "$demo" --settings "$shots/defaults.ini" --show plugins \
+        --screenshot "$out/plugins-dialog.png" 2>/dev/null
+    "$demo" --settings "$shots/defaults.ini" --qml --show plugins \
+        --screenshot "$out/plugins-qml.png" 2>/dev/null
+    rm -rf "$shots"
 
     echo
     echo "Screenshots:"
-    echo "  $out/plugins-dialog.png   (the widgets dialog)"
-    echo "  $out/plugins-qml.png      (the QML page, --qml)"
+    echo "  $out/editor.png           (the editor with every example plugin, File menu open)"
+    echo "  $out/editor-focus.png     (the editor with Focus as its core plugin)"
+    echo "  $out/plugins-dialog.png   (the plugins screen, --show plugins)"
+    echo "  $out/plugins-qml.png      (the QML plugins page, --qml --show plugins)"
     echo "Plugin selection of the demo: $settings"
     echo "Inspect the plugin folder:    $ROOT/build/tools/inspect/zelvane-inspect $ROOT/build/examples/plugins --iid org.zelvane.DocumentEditor/1.0 --settings $settings"
 
     if [ -n "${DISPLAY:-}" ] || [ -n "${WAYLAND_DISPLAY:-}" ]; then
         echo
-        echo "Opening the demo window (File > Plugins… shows the settings screen)."
-        "$demo" --settings "$settings"
+        echo "Opening the demo window (Tools > Plugins… shows the settings screen)."
+        "$demo" --settings "$settings" "$ROOT/examples/host/sample/welcome.txt"
     else
         echo
         echo "No display (\$DISPLAY and \$WAYLAND_DISPLAY are unset): not opening the window."
@@ -247,6 +263,15 @@ run_bench() {
     "$ROOT/build/benchmarks/zelvane-bench" --output "$ROOT/build/bench-results" "$@"
 }
 
+# Writes the API reference: every public header, the class and page descriptions of
+# docs/api/ and the guides of docs/, as HTML and as a Qt help file for Qt Creator and
+# Qt Assistant. A Doxygen warning fails the step.
+run_docs() {
+    ensure_packages "${PACKAGES[@]}" "${DOCS_TOOLS[@]}"
+    cmake -DSOURCE_DIR="$ROOT" -DOUTPUT_DIR="$ROOT/build-docs" \
+        -DQHELPGENERATOR=/usr/lib/qt6/libexec/qhelpgenerator -P docs/api/docs.cmake
+}
+
 command=${1:-}
 shift || true
 
@@ -256,8 +281,9 @@ demo) run_demo ;;
 fuzz) run_fuzz "$@" ;;
 bench) run_bench "$@" ;;
 package) run_package "$@" ;;
+docs) run_docs ;;
 *)
-    echo "usage: ./build.sh test [--sanitize] [CTEST OPTIONS] | demo | fuzz [SECONDS] | bench [--quick] | package [--check]" >&2
+    echo "usage: ./build.sh test [--sanitize] [CTEST OPTIONS] | demo | fuzz [SECONDS] | bench [--quick] | package [--check] | docs" >&2
     exit 2
     ;;
 esac

@@ -134,6 +134,7 @@ void printList(QTextStream& out, const QDir& dir, const QString& settingsFile,
 // The screens that --show names.
 const QMap<QString, ZelvaneDemo::Screen> screenNames {
     { QStringLiteral("editor"), ZelvaneDemo::Screen::Editor },
+    { QStringLiteral("file-menu"), ZelvaneDemo::Screen::FileMenu },
     { QStringLiteral("plugins"), ZelvaneDemo::Screen::Plugins },
     { QStringLiteral("about"), ZelvaneDemo::Screen::About },
 };
@@ -188,8 +189,8 @@ int main(int argc, char* argv[])
                     "then exit."));
     const QCommandLineOption showOption(
         QStringLiteral("show"),
-        QObject::tr("Open SCREEN on start: editor (the default), plugins (the plugins screen) "
-                    "or about (About plugins)."),
+        QObject::tr("Open SCREEN on start: editor (the default), file-menu (its File menu), "
+                    "plugins (the plugins screen) or about (About plugins)."),
         QStringLiteral("SCREEN"), QStringLiteral("editor"));
     const QCommandLineOption screenshotOption(
         QStringLiteral("screenshot"),
@@ -212,7 +213,8 @@ int main(int argc, char* argv[])
     parser.process(app);
     if (!screenNames.contains(parser.value(showOption))) {
         QTextStream(stderr) << "zelvane-demo: "
-                            << QObject::tr("--show takes editor, plugins or about, not %1")
+                            << QObject::tr(
+                                   "--show takes editor, file-menu, plugins or about, not %1")
                                    .arg(parser.value(showOption))
                             << Qt::endl;
         return 2;

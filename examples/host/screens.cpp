@@ -15,10 +15,37 @@
 #include <QtCore/QMetaObject>
 #include <QtGui/QAction>
 #include <QtGui/QImage>
+#include <QtGui/QPainter>
 #include <QtWidgets/QMainWindow>
+#include <QtWidgets/QMenu>
+#include <QtWidgets/QMenuBar>
 #include <QtWidgets/QWidget>
 
 namespace ZelvaneDemo {
+
+namespace {
+
+// Opens the window's first menu and returns a picture of both. A menu is a window of
+// its own, so the two pictures are put together where the menu drops down.
+QImage fileMenuPicture(QMainWindow* window)
+{
+    window->show();
+    QCoreApplication::processEvents();
+    QMenuBar* bar = window->menuBar();
+    QAction* first = bar->actions().value(0);
+    if (!first || !first->menu())
+        return window->grab().toImage();
+    bar->setActiveAction(first);
+    const QPoint position = bar->mapTo(window, bar->actionGeometry(first).bottomLeft());
+    first->menu()->popup(window->mapToGlobal(position));
+    QCoreApplication::processEvents();
+    QImage image = window->grab().toImage();
+    QPainter painter(&image);
+    painter.drawPixmap(position, first->menu()->grab());
+    return image;
+}
+
+} // namespace
 
 Screens::Screens(const LoadTracker* tracker, const QString& settingsFile, bool qmlPage,
                  QObject* parent)
@@ -79,6 +106,8 @@ void Screens::show(Screen screen)
         showPluginsScreen();
     else if (screen == Screen::About && m_workbench)
         showAboutPlugins();
+    else if (screen == Screen::FileMenu && m_workbench)
+        fileMenuPicture(m_workbench->window());
 }
 
 void Screens::showPluginsScreen()
@@ -130,6 +159,8 @@ bool Screens::screenshot(Screen screen, const QString& fileName, QString* error)
         dialog.show();
         QCoreApplication::processEvents();
         image = dialog.grab().toImage();
+    } else if (screen == Screen::FileMenu && m_workbench) {
+        image = fileMenuPicture(m_workbench->window());
     } else {
         if (screen == Screen::About)
             showAboutPlugins();

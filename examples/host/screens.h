@@ -19,8 +19,9 @@ namespace ZelvaneDemo {
 class AboutPlugins;
 class LoadTracker;
 
-// What zelvane-demo can show, on start (--show) or in a screenshot.
-enum class Screen { Editor, Plugins, About };
+// What zelvane-demo can show, on start (--show) or in a screenshot. FileMenu is the
+// editor with its File menu open, where the extensions' commands are.
+enum class Screen { Editor, FileMenu, Plugins, About };
 
 // The demo's windows. The editor window is the core plugin's (the workbench in the
 // pool); the host only adds its own two commands to it, Tools > Plugins… and

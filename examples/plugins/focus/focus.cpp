@@ -36,7 +36,8 @@ public:
         m_editor = new QPlainTextEdit;
         m_editor->setObjectName(QStringLiteral("editor"));
         m_editor->setFrameShape(QFrame::NoFrame);
-        m_editor->setMaximumWidth(560);
+        m_editor->setMaximumWidth(600);
+        m_editor->document()->setDocumentMargin(20);
         QFont font = m_editor->font();
         font.setPointSizeF(font.pointSizeF() * 1.3);
         m_editor->setFont(font);
