@@ -11,26 +11,6 @@ namespace {
 
 using Zelvane::TrialPlugin;
 
-QString milliseconds(qint64 us)
-{
-    return QString::number(double(us) / 1000.0, 'f', 2);
-}
-
-QString stepPhrase(TrialPlugin::Step step)
-{
-    switch (step) {
-    case TrialPlugin::Step::Library:
-        return QObject::tr("while loading the library");
-    case TrialPlugin::Step::RootObject:
-        return QObject::tr("while creating the root object");
-    case TrialPlugin::Step::Initialize:
-        return QObject::tr("in initialize()");
-    case TrialPlugin::Step::None:
-        break;
-    }
-    return QString();
-}
-
 QString stepKey(TrialPlugin::Step step)
 {
     switch (step) {
@@ -74,30 +54,6 @@ QJsonValue msOrNull(qint64 us)
 
 } // namespace
 
-QString trialOutcomeText(const TrialPlugin& plugin)
-{
-    const QString phase = stepPhrase(plugin.step);
-    switch (plugin.outcome) {
-    case TrialPlugin::Outcome::Started:
-        return QObject::tr("started: library %1 ms, initialize %2 ms")
-            .arg(milliseconds(plugin.libraryUs()), milliseconds(plugin.initializeUs()));
-    case TrialPlugin::Outcome::Failed:
-        return QObject::tr("failed %1: %2").arg(phase, plugin.error);
-    case TrialPlugin::Outcome::Crashed:
-        return QObject::tr("crashed %1: signal %2").arg(phase, Zelvane::signalText(plugin.signal));
-    case TrialPlugin::Outcome::Exited:
-        return QObject::tr("exited %1: exit code %2").arg(phase).arg(plugin.exitCode);
-    case TrialPlugin::Outcome::TimedOut:
-        return QObject::tr("hung %1: no progress within the timeout, stopped").arg(phase);
-    case TrialPlugin::Outcome::NotTried:
-        return QObject::tr("not tried: loading stops at the first plugin that cannot start");
-    case TrialPlugin::Outcome::Dropped:
-        break;
-    }
-    return QObject::tr("not loaded: the dependency ordering drops it once the plugins that "
-                       "cannot start are switched off");
-}
-
 QString trialText(const Zelvane::TrialReport& report)
 {
     QStringList lines;
@@ -113,7 +69,7 @@ QString trialText(const Zelvane::TrialReport& report)
         const TrialPlugin& plugin = report.plugins.at(i);
         lines << QStringLiteral("  %1. %2 (%3): %4")
                      .arg(i + 1)
-                     .arg(plugin.name, plugin.file, trialOutcomeText(plugin));
+                     .arg(plugin.name, plugin.file, Zelvane::trialOutcomeText(plugin));
     }
     if (!report.error.isEmpty())
         lines << QObject::tr("  nothing is loaded: %1").arg(report.error);
@@ -137,7 +93,7 @@ QJsonObject trialJson(const Zelvane::TrialReport& report)
         QJsonObject object { { QStringLiteral("name"), plugin.name },
                              { QStringLiteral("file"), plugin.file },
                              { QStringLiteral("result"), outcomeKey(plugin.outcome) },
-                             { QStringLiteral("text"), trialOutcomeText(plugin) },
+                             { QStringLiteral("text"), Zelvane::trialOutcomeText(plugin) },
                              { QStringLiteral("run"), plugin.run },
                              { QStringLiteral("step"),
                                plugin.step == TrialPlugin::Step::None

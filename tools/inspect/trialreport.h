@@ -14,7 +14,4 @@ namespace ZelvaneInspect {
 QString trialText(const Zelvane::TrialReport& report);
 QJsonObject trialJson(const Zelvane::TrialReport& report);
 
-// "crashed in initialize(): signal SIGSEGV (Segmentation fault)", "started: ..."
-QString trialOutcomeText(const Zelvane::TrialPlugin& plugin);
-
 } // namespace ZelvaneInspect
