@@ -164,6 +164,30 @@ if cflags=$(pkg-config --cflags zelvane Qt6Widgets) && libs=$(pkg-config --libs 
         -Wl,-rpath,"$(pkg-config --variable=libdir zelvane)" >>"$work/pc.log" 2>&1; then
     pass "pkg-config: zelvane $(pkg-config --modversion zelvane), $(pkg-config --libs zelvane)"
     check_host pkg-config "$work/pc/myeditor"
+    # The version header agrees with the package and its macros compile.
+    cat >"$work/pc/version.cpp" <<'CPP'
+#include <zelvane/zelvaneversion.h>
+
+#include <cstdio>
+
+static_assert(ZELVANE_VERSION >= ZELVANE_VERSION_CHECK(1, 0, 0), "a 1.x release");
+static_assert(ZELVANE_VERSION < ZELVANE_VERSION_CHECK(ZELVANE_VERSION_MAJOR + 1, 0, 0), "");
+
+int main()
+{
+    std::printf("%s %d.%d.%d\n", ZELVANE_VERSION_STR, ZELVANE_VERSION_MAJOR,
+                ZELVANE_VERSION_MINOR, ZELVANE_VERSION_PATCH);
+}
+CPP
+    version=$(pkg-config --modversion zelvane)
+    # shellcheck disable=SC2086
+    if g++ -std=c++17 -o "$work/pc/version" "$work/pc/version.cpp" $cflags >>"$work/pc.log" 2>&1 &&
+        [[ $("$work/pc/version") == "$version $version" ]]; then
+        pass "zelvane/zelvaneversion.h says $version"
+    else
+        cat "$work/pc.log"
+        fail "zelvane/zelvaneversion.h does not say $version"
+    fi
 else
     cat "$work/pc.log"
     fail "building the README's host and plugin with pkg-config"

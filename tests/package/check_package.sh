@@ -114,7 +114,7 @@ check_install() {
     for header in iplugin.h objectpool.h pluginargumentdescription.h plugincontroller.h \
         pluginloader.h pluginscaterogies.h pluginsmodel.h IPlugin ObjectPool \
         PluginArgumentDescription PluginController PluginLoader PluginsCaterogies \
-        PluginsModel zelvane_export.h; do
+        PluginsModel zelvane_export.h zelvaneversion.h; do
         if [[ -f $prefix/include/zelvane/$header ]]; then
             pass "include/zelvane/$header"
         else
