@@ -139,7 +139,10 @@ run_demo() {
         "$samples/notes.txt" "$samples/welcome.txt" 2>/dev/null
     "$demo" --settings "$shots/focus.ini" --screenshot "$out/editor-focus.png" \
         "$samples/welcome.txt" 2>/dev/null
-    "$demo" --settings "$shots/defaults.ini" --show plugins \
+    # The plugins screen explains a plugin that will not load: Spellcheck, whose
+    # dependency Documents is switched off by hand.
+    printf '[plugin]\nDocuments=false\nSpellcheck=true\n' >"$shots/no-documents.ini"
+    "$demo" --settings "$shots/no-documents.ini" --show plugins --select Spellcheck \
         --screenshot "$out/plugins-dialog.png" 2>/dev/null
     "$demo" --settings "$shots/defaults.ini" --qml --show plugins \
         --screenshot "$out/plugins-qml.png" 2>/dev/null
@@ -149,7 +152,7 @@ run_demo() {
     echo "Screenshots:"
     echo "  $out/editor.png           (the editor with every example plugin, File menu open)"
     echo "  $out/editor-focus.png     (the editor with Focus as its core plugin)"
-    echo "  $out/plugins-dialog.png   (the plugins screen, --show plugins)"
+    echo "  $out/plugins-dialog.png   (the plugins screen, --show plugins --select Spellcheck)"
     echo "  $out/plugins-qml.png      (the QML plugins page, --qml --show plugins)"
     echo "Plugin selection of the demo: $settings"
     echo "Inspect the plugin folder:    $ROOT/build/tools/inspect/zelvane-inspect $ROOT/build/examples/plugins --iid org.zelvane.DocumentEditor/1.0 --settings $settings"

@@ -196,10 +196,14 @@ int main(int argc, char* argv[])
         QStringLiteral("screenshot"),
         QObject::tr("Render the screen that --show names to the PNG file FILE, then exit."),
         QStringLiteral("FILE"));
+    const QCommandLineOption selectOption(
+        QStringLiteral("select"),
+        QObject::tr("Show the details of plugin NAME on the plugins screen."),
+        QStringLiteral("NAME"));
     const QCommandLineOption qmlOption(
         QStringLiteral("qml"), QObject::tr("Use the QML plugins page instead of the dialog."));
-    parser.addOptions(
-        { pluginsOption, settingsOption, listOption, showOption, screenshotOption, qmlOption });
+    parser.addOptions({ pluginsOption, settingsOption, listOption, showOption, screenshotOption,
+                        selectOption, qmlOption });
     parser.addPositionalArgument(QStringLiteral("files"),
                                  QObject::tr("Documents to open (with the Documents plugin)."),
                                  QStringLiteral("[FILE...]"));
@@ -257,7 +261,8 @@ int main(int argc, char* argv[])
         status = 1;
     } else if (!parser.isSet(listOption) || parser.isSet(screenshotOption)) {
         // The host's windows go before the plugins that made the editor.
-        ZelvaneDemo::Screens screens(&tracker, settingsFile, parser.isSet(qmlOption));
+        ZelvaneDemo::Screens screens(pluginDir, &tracker, settingsFile, parser.isSet(qmlOption));
+        screens.setSelectedPlugin(parser.value(selectOption));
         QString error;
         if (!screens.openFiles(parser.positionalArguments(), &error)) {
             QTextStream(stderr) << "zelvane-demo: " << error << Qt::endl;

@@ -3,16 +3,18 @@
 #include "../plugins/published.h"
 #include "../plugins/workbench.h"
 #include "aboutplugins.h"
-#include "pluginsdialog.h"
 #ifdef ZELVANE_DEMO_QML
 #include "pluginspage.h"
 #endif
 
 #include <zelvane/plugincontroller.h>
 #include <zelvane/pluginsmodel.h>
+#include <zelvane/widgets/pluginsdialog.h>
+#include <zelvane/widgets/pluginswidget.h>
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QMetaObject>
+#include <QtCore/QProcess>
 #include <QtGui/QAction>
 #include <QtGui/QImage>
 #include <QtGui/QPainter>
@@ -47,9 +49,10 @@ QImage fileMenuPicture(QMainWindow* window)
 
 } // namespace
 
-Screens::Screens(const LoadTracker* tracker, const QString& settingsFile, bool qmlPage,
-                 QObject* parent)
+Screens::Screens(const QDir& pluginDir, const LoadTracker* tracker, const QString& settingsFile,
+                 bool qmlPage, QObject* parent)
     : QObject(parent)
+    , m_pluginDir(pluginDir)
     , m_tracker(tracker)
     , m_settingsFile(settingsFile)
     , m_qmlPage(qmlPage)
@@ -125,9 +128,19 @@ void Screens::showPluginsScreen()
         return;
     }
 #endif
-    auto* dialog = new PluginsDialog(model, mainWindow());
+    auto* dialog = new Zelvane::PluginsDialog(m_pluginDir, mainWindow());
     dialog->setAttribute(Qt::WA_DeleteOnClose);
+    if (!m_selectedPlugin.isEmpty())
+        dialog->pluginsWidget()->setCurrentPlugin(m_selectedPlugin);
+    connect(dialog, &Zelvane::PluginsDialog::restartRequested, this, &Screens::restart);
     dialog->open();
+}
+
+void Screens::restart()
+{
+    const QStringList arguments = QCoreApplication::arguments().mid(1);
+    if (QProcess::startDetached(QCoreApplication::applicationFilePath(), arguments))
+        mainWindow()->close();
 }
 
 void Screens::showAboutPlugins()
@@ -155,7 +168,11 @@ bool Screens::screenshot(Screen screen, const QString& fileName, QString* error)
         return false;
 #endif
     } else if (screen == Screen::Plugins) {
-        PluginsDialog dialog(Zelvane::PluginController::instance()->pluginsModel());
+        Zelvane::PluginsDialog dialog(m_pluginDir);
+        if (!m_selectedPlugin.isEmpty())
+            dialog.pluginsWidget()->setCurrentPlugin(m_selectedPlugin);
+        // The notice's Restart now button shows as it does in the demo's window.
+        connect(&dialog, &Zelvane::PluginsDialog::restartRequested, this, &Screens::restart);
         dialog.show();
         QCoreApplication::processEvents();
         image = dialog.grab().toImage();

@@ -1,7 +1,7 @@
 #pragma once
 
+#include <QtCore/QDir>
 #include <QtCore/QObject>
-#include <QtCore/QPointer>
 #include <QtCore/QStringList>
 
 #include <memory>
@@ -32,13 +32,16 @@ class Screens : public QObject
     Q_OBJECT
 
 public:
-    Screens(const LoadTracker* tracker, const QString& settingsFile, bool qmlPage,
-            QObject* parent = nullptr);
+    Screens(const QDir& pluginDir, const LoadTracker* tracker, const QString& settingsFile,
+            bool qmlPage, QObject* parent = nullptr);
     ~Screens() override;
 
     // Opens the files through the Documents plugin's published "documents" object.
     // False with the reason when a file cannot be opened or no plugin opens documents.
     bool openFiles(const QStringList& files, QString* error);
+
+    // The plugin whose details the plugins screen shows first.
+    void setSelectedPlugin(const QString& name) { m_selectedPlugin = name; }
 
     // Shows the main window, and the screen over it unless that is the editor.
     void show(Screen screen);
@@ -50,9 +53,13 @@ public:
 
 private:
     QWidget* mainWindow() const;
+    // Starts the demo again with the same arguments, so that a new selection applies.
+    void restart();
 
+    QDir m_pluginDir;
     const LoadTracker* m_tracker;
     QString m_settingsFile;
+    QString m_selectedPlugin;
     bool m_qmlPage;
     Editor::IWorkbench* m_workbench = nullptr;
     std::unique_ptr<AboutPlugins> m_about;
