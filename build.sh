@@ -29,6 +29,8 @@ PACKAGES=(
     qt6-base-dev libgl-dev qt6-svg-dev
     qt6-declarative-dev qml6-module-qtquick qml6-module-qtquick-window
     qml6-module-qtqml-workerscript
+    qml6-module-qtquick-controls qml6-module-qtquick-layouts qml6-module-qtquick-templates
+    qml6-module-qtqml-models qml6-module-qttest
     fonts-dejavu-core
     dpkg-dev file abigail-tools doxygen
 )

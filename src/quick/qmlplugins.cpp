@@ -1,0 +1,187 @@
+#include <zelvane/quick/qmlplugins.h>
+
+#include <zelvane/diagnostics/loaddiagnostics.h>
+#include <zelvane/plugincontroller.h>
+#include <zelvane/pluginscaterogies.h>
+#include <zelvane/pluginsmodel.h>
+
+#include <QtCore/QMetaMethod>
+#include <QtCore/QPointer>
+#include <QtQml/QQmlEngine>
+
+namespace Zelvane {
+
+namespace {
+
+// The folder of every singleton made from now on; one process loads one folder.
+QString& defaultPluginDirectory()
+{
+    static QString path;
+    return path;
+}
+
+QVariantMap detailsOf(const PluginDiagnostic& plugin)
+{
+    QVariantList dependencies;
+    const QStringList missing = plugin.missingDependencies();
+    const QStringList names = plugin.dependencies();
+    for (const QString& name : names)
+        dependencies.append(QVariantMap { { QStringLiteral("name"), name },
+                                          { QStringLiteral("missing"), missing.contains(name) } });
+    QVariantList options;
+    const QList<QCommandLineOption> declared = plugin.options();
+    for (const QCommandLineOption& option : declared) {
+        QString synopsis = QStringLiteral("--") + option.names().constFirst();
+        if (!option.valueName().isEmpty())
+            synopsis += QStringLiteral(" <") + option.valueName() + QLatin1Char('>');
+        options.append(QVariantMap { { QStringLiteral("synopsis"), synopsis },
+                                     { QStringLiteral("description"), option.description() } });
+    }
+    QStringList problems;
+    const QList<DependencyProblem> found = plugin.problems();
+    for (const DependencyProblem& problem : found)
+        problems.append(problem.text());
+    return QVariantMap {
+        { QStringLiteral("name"), plugin.name() },
+        { QStringLiteral("fileName"), plugin.fileName() },
+        { QStringLiteral("filePath"), plugin.filePath() },
+        { QStringLiteral("category"), plugin.category() },
+        { QStringLiteral("description"), plugin.description() },
+        { QStringLiteral("isCore"), plugin.isCore() },
+        { QStringLiteral("dependencies"), dependencies },
+        { QStringLiteral("dependants"), plugin.dependants() },
+        { QStringLiteral("options"), options },
+        { QStringLiteral("stateText"), plugin.stateText() },
+        { QStringLiteral("problems"), problems },
+        { QStringLiteral("loaded"), plugin.isLoaded() },
+        { QStringLiteral("willLoad"), plugin.willLoad() },
+        { QStringLiteral("refusal"), plugin.refusal() },
+    };
+}
+
+} // namespace
+
+class QmlPluginsPrivate
+{
+public:
+    QPointer<PluginsModel> model;
+    PluginsCaterogies* categories = nullptr;
+    QString directory;
+    LoadDiagnostics diagnostics;
+    QVariantMap details;
+    QVariantList otherFiles;
+};
+
+QmlPlugins::QmlPlugins(QObject* parent)
+    : QObject(parent)
+    , d(std::make_unique<QmlPluginsPrivate>())
+{
+    d->categories = new PluginsCaterogies(this);
+    d->directory = defaultPluginDirectory();
+    if (!d->directory.isEmpty())
+        d->diagnostics
+            = LoadDiagnostics(QDir(d->directory), PluginController::instance()->settings());
+    refresh();
+}
+
+QmlPlugins::~QmlPlugins() = default;
+
+void QmlPlugins::setDefaultPluginDirectory(const QDir& dir)
+{
+    defaultPluginDirectory() = dir.absolutePath();
+}
+
+QmlPlugins* QmlPlugins::instance(QQmlEngine* engine)
+{
+    const int type = qmlTypeId("Zelvane", 1, 0, "Plugins");
+    return type < 0 ? nullptr : engine->singletonInstance<QmlPlugins*>(type);
+}
+
+PluginsModel* QmlPlugins::model() const
+{
+    return d->model;
+}
+
+PluginsCaterogies* QmlPlugins::categories() const
+{
+    return d->categories;
+}
+
+QString QmlPlugins::pluginDirectory() const
+{
+    return d->directory;
+}
+
+void QmlPlugins::setPluginDirectory(const QString& path)
+{
+    if (path == d->directory)
+        return;
+    d->directory = path;
+    d->diagnostics = path.isEmpty()
+        ? LoadDiagnostics()
+        : LoadDiagnostics(QDir(path), PluginController::instance()->settings());
+    Q_EMIT pluginDirectoryChanged();
+    refresh();
+}
+
+QVariantMap QmlPlugins::details() const
+{
+    return d->details;
+}
+
+QVariantList QmlPlugins::otherFiles() const
+{
+    return d->otherFiles;
+}
+
+QStringList QmlPlugins::loadOrder() const
+{
+    return d->diagnostics.loadOrder();
+}
+
+bool QmlPlugins::isRestartNeeded() const
+{
+    return d->diagnostics.differsFromRunning();
+}
+
+void QmlPlugins::refresh()
+{
+    PluginsModel* model = PluginController::instance()->pluginsModel();
+    if (model != d->model) {
+        if (d->model)
+            disconnect(d->model, nullptr, this, nullptr);
+        d->model = model;
+        // After a tick the selection is read again, once the model has saved it: it
+        // saves after its reset, hence queued.
+        if (model)
+            connect(model, &QAbstractItemModel::modelReset, this, &QmlPlugins::refresh,
+                    Qt::QueuedConnection);
+        Q_EMIT modelChanged();
+    }
+    d->diagnostics = d->diagnostics.reread(PluginController::instance()->settings());
+    d->details.clear();
+    const QList<PluginDiagnostic> plugins = d->diagnostics.plugins();
+    // Backwards: the first plugin of a name is the one that a name stands for.
+    for (auto plugin = plugins.crbegin(); plugin != plugins.crend(); ++plugin) {
+        if (!plugin->name().isEmpty() && plugin->state() != PluginDiagnostic::State::Refused)
+            d->details.insert(plugin->name(), detailsOf(*plugin));
+    }
+    d->otherFiles.clear();
+    for (const PluginDiagnostic& plugin : plugins) {
+        if (!plugin.isCore() && !plugin.isExtension())
+            d->otherFiles.append(detailsOf(plugin));
+    }
+    Q_EMIT detailsChanged();
+}
+
+void QmlPlugins::requestRestart()
+{
+    Q_EMIT restartRequested();
+}
+
+bool QmlPlugins::canRestart() const
+{
+    return isSignalConnected(QMetaMethod::fromSignal(&QmlPlugins::restartRequested));
+}
+
+} // namespace Zelvane
