@@ -84,10 +84,11 @@ zelvane_debian_package(widgets libzelvanewidgets1 libs library
     "plugin framework for Qt 6 applications - widgets"
     "${_zelvane_about}\n.\nThis package contains libZelvaneWidgets, the plugin settings \
 widget and dialog for Qt Widgets applications.")
-zelvane_debian_package(quick qml6-module-zelvane libs other
+# One install component, so one package: the QML module and the library it is built on.
+zelvane_debian_package(quick qml6-module-zelvane libs library
     "plugin framework for Qt 6 applications - QML module"
     "${_zelvane_about}\n.\nThis package contains the QML module Zelvane with the plugin \
-settings page for Qt Quick applications.")
+settings page for Qt Quick applications, and libZelvaneQuick, the library it is built on.")
 zelvane_debian_package(diagnostics libzelvanediagnostics1 libs library
     "plugin framework for Qt 6 applications - diagnostics"
     "${_zelvane_about}\n.\nThis package contains libZelvaneDiagnostics, which explains to \
@@ -176,6 +177,31 @@ set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_PROJECT_CONFIG_FILE "${CMAKE_CURRENT_BINARY_DIR}/packaging/ZelvaneCPackOptions.cmake")
 configure_file("${ZELVANE_PACKAGING_DIR}/ZelvaneCPackOptions.cmake.in"
     "${CPACK_PROJECT_CONFIG_FILE}" @ONLY)
+
+# dpkg-shlibdeps must find the project's own libraries that a package links (a
+# component links libZelvane.so.1): the folders of every shared library of the build.
+function(zelvane_shared_library_dirs directory out)
+    set(dirs "")
+    get_property(targets DIRECTORY "${directory}" PROPERTY BUILDSYSTEM_TARGETS)
+    foreach(target IN LISTS targets)
+        get_target_property(type ${target} TYPE)
+        if(type STREQUAL "SHARED_LIBRARY")
+            get_target_property(output ${target} LIBRARY_OUTPUT_DIRECTORY)
+            if(NOT output)
+                get_target_property(output ${target} BINARY_DIR)
+            endif()
+            list(APPEND dirs "${output}")
+        endif()
+    endforeach()
+    get_property(subdirectories DIRECTORY "${directory}" PROPERTY SUBDIRECTORIES)
+    foreach(subdirectory IN LISTS subdirectories)
+        zelvane_shared_library_dirs("${subdirectory}" subdirs)
+        list(APPEND dirs ${subdirs})
+    endforeach()
+    list(REMOVE_DUPLICATES dirs)
+    set(${out} "${dirs}" PARENT_SCOPE)
+endfunction()
+zelvane_shared_library_dirs("${PROJECT_SOURCE_DIR}" CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS)
 
 # Inter-package dependencies. dpkg-shlibdeps finds those on Qt and the C++ runtime, but
 # not on this project's own libraries, which are not installed while cpack runs.
