@@ -4,6 +4,10 @@
 
 #include "model/pluginselectionrules_p.h"
 
+#include <QtCore/QHash>
+
+#include <algorithm>
+
 namespace Zelvane {
 
 namespace {
@@ -23,9 +27,29 @@ quint64 rowKey(int row)
 Toggler::Toggler(QList<PluginsModel::Record>& records)
     : m_records(records)
 {
-    for (int row = 0; row < m_records.size(); ++row) {
+    const int count = int(m_records.size());
+    QHash<QString, QList<int>> rowsByName;
+    for (int row = 0; row < count; ++row) {
         if (m_records.at(row).checked)
             m_state ^= rowKey(row);
+        if (m_records.at(row).core)
+            m_coreRows.append(row);
+        rowsByName[m_records.at(row).plugin.name()].append(row);
+    }
+
+    // Row a needs row b when a's dependencies name b, as PluginLoader::dependsOn()
+    // says. Rows are handled in ascending order, so every list comes out ascending.
+    m_needs.resize(count);
+    m_neededBy.resize(count);
+    for (int row = 0; row < count; ++row) {
+        const QStringList dependencies = m_records.at(row).plugin.dependencies();
+        QList<int>& needs = m_needs[row];
+        for (const QString& dependency : dependencies)
+            needs.append(rowsByName.value(dependency));
+        std::sort(needs.begin(), needs.end());
+        needs.erase(std::unique(needs.begin(), needs.end()), needs.end());
+        for (int needed : std::as_const(needs))
+            m_neededBy[needed].append(row);
     }
 }
 
@@ -39,42 +63,58 @@ void Toggler::set(int row, bool checked)
 
 bool Toggler::toggle(int row, bool checked)
 {
-    for (const ToggleFrame& frame : std::as_const(m_frames)) {
-        if (frame.row == row && frame.checked == checked && frame.state == m_state)
-            return false;
-    }
-    m_frames.append(ToggleFrame { row, checked, m_state });
+    const ToggleFrame frame { row, checked, m_state };
+    if (m_frames.contains(frame))
+        return false;
+    m_frames.insert(frame);
     const bool finished = spread(row, checked);
-    m_frames.removeLast();
+    m_frames.remove(frame);
     return finished;
 }
 
 // Rows are visited in ascending order and each recursive call finishes before the
-// loop goes on: the spreading is depth-first in row order.
+// loop goes on: the spreading is depth-first in row order. Ticking visits the core rows
+// (when the ticked row is one) and the rows it needs, merged in row order; clearing
+// visits the rows that need it. Whether a row is ticked is read when it is visited,
+// since the calls before it may have changed it.
 bool Toggler::spread(int row, bool checked)
 {
     set(row, checked);
-    const int count = int(m_records.size());
     if (checked) {
-        for (int i = 0; i < count; ++i) {
+        const bool core = m_records.at(row).core;
+        const QList<int> noRows;
+        const QList<int>& cores = core ? m_coreRows : noRows;
+        const QList<int>& needs = m_needs.at(row);
+        auto nextCore = cores.cbegin();
+        auto nextNeeded = needs.cbegin();
+        while (nextCore != cores.cend() || nextNeeded != needs.cend()) {
+            const int i = nextNeeded == needs.cend() ? *nextCore
+                : nextCore == cores.cend()           ? *nextNeeded
+                                                     : std::min(*nextCore, *nextNeeded);
+            const bool otherCore = nextCore != cores.cend() && *nextCore == i;
+            const bool needed = nextNeeded != needs.cend() && *nextNeeded == i;
+            if (otherCore)
+                ++nextCore;
+            if (needed)
+                ++nextNeeded;
             if (i == row)
                 continue;
-            if (m_records.at(row).core && m_records.at(i).core && m_records.at(i).checked) {
+            if (otherCore && m_records.at(i).checked) {
                 if (!toggle(i, false))
                     return false;
             }
-            if (!m_records.at(i).checked
-                && m_records.at(row).plugin.dependsOn(m_records.at(i).plugin)) {
+            if (needed && !m_records.at(i).checked) {
                 if (!toggle(i, true))
                     return false;
             }
         }
         return true;
     }
-    for (int i = 0; i < count; ++i) {
+    const QList<int>& neededBy = m_neededBy.at(row);
+    for (int i : neededBy) {
         if (i == row)
             continue;
-        if (m_records.at(i).checked && m_records.at(i).plugin.dependsOn(m_records.at(row).plugin)) {
+        if (m_records.at(i).checked) {
             if (!toggle(i, false))
                 return false;
         }

@@ -6,6 +6,7 @@
 #include <zelvane/pluginsmodel.h>
 
 #include <QtCore/QList>
+#include <QtCore/QSet>
 #include <QtCore/QtGlobal>
 
 namespace Zelvane {
@@ -32,6 +33,15 @@ private:
         int row;
         bool checked;
         quint64 state;
+
+        bool operator==(const ToggleFrame& other) const
+        {
+            return row == other.row && checked == other.checked && state == other.state;
+        }
+        friend size_t qHash(const ToggleFrame& frame, size_t seed = 0)
+        {
+            return qHashMulti(seed, frame.row, frame.checked, frame.state);
+        }
     };
 
     void set(int row, bool checked);
@@ -39,8 +49,16 @@ private:
     bool spread(int row, bool checked);
 
     QList<PluginsModel::Record>& m_records;
-    QList<ToggleFrame> m_frames;
+    // The unfinished calls: a set, since the guard asks at every call whether one of
+    // them has the same three values.
+    QSet<ToggleFrame> m_frames;
     quint64 m_state = 0;
+    // Who a row can act on, in ascending row order: the rows whose names it lists as
+    // dependencies, the rows that list its name, and the core rows. A spreading step
+    // visits only these instead of every row; the others would not pass its tests.
+    QList<QList<int>> m_needs;
+    QList<QList<int>> m_neededBy;
+    QList<int> m_coreRows;
 };
 
 } // namespace Zelvane

@@ -6,6 +6,7 @@
 // that is read back from disk.
 
 #include "pluginsmodelfixture.h"
+#include "stepbysteptoggler.h"
 
 #include <zelvane/pluginloader.h>
 #include <zelvane/pluginsmodel.h>
@@ -55,6 +56,7 @@ private slots:
     void coreCycleIsRefused_data();
     void coreCycleIsRefused();
     void rulesOnRandomModels();
+    void sameAsStepByStep();
 };
 
 void tst_PluginSelectionRules::initialState_data()
@@ -619,6 +621,82 @@ void tst_PluginSelectionRules::rulesOnRandomModels()
     QVERIFY(accepted > 0);
     QVERIFY(endless > 0);
     QVERIFY(refusedByRule > 0);
+}
+
+// The library's rules look rows up through indices of names; the step-by-step form
+// scans every row at every step. On random models of up to 40 rows (names shared by
+// several rows, self-dependencies, cycles through core rows, missing names) a series of
+// edits must leave the same rows ticked, endless edits refused alike.
+void tst_PluginSelectionRules::sameAsStepByStep()
+{
+    quint32 seed = QRandomGenerator::global()->generate();
+    const QByteArray fixed = qgetenv("ZELVANE_TEST_SEED");
+    if (!fixed.isEmpty())
+        seed = fixed.toUInt();
+    inform(QStringLiteral("sameAsStepByStep seed: %1 (set ZELVANE_TEST_SEED to repeat)").arg(seed));
+    QRandomGenerator random(seed);
+
+    int changed = 0;
+    int refused = 0;
+    for (int round = 0; round < 300; ++round) {
+        const int size = 1 + random.bounded(40);
+        const int names = 1 + size / (1 + random.bounded(3));
+        QList<PluginLoader> cores;
+        QList<PluginLoader> extensions;
+        const int coreShare = random.bounded(60);
+        for (int i = 0; i < size; ++i) {
+            QStringList dependencies;
+            for (int slot = random.bounded(4); slot > 0; --slot) {
+                dependencies.append(random.bounded(20) == 0
+                                        ? QStringLiteral("Missing")
+                                        : QStringLiteral("P%1").arg(random.bounded(names)));
+            }
+            const bool isCore = random.bounded(100) < coreShare;
+            (isCore ? cores : extensions)
+                .append(plugin(QStringLiteral("P%1").arg(random.bounded(names)),
+                               isCore ? core : extension, dependencies, random.bounded(2) == 1));
+        }
+        Plugins plugins;
+        insertInOrder(plugins, core, cores);
+        insertInOrder(plugins, extension, extensions);
+        releaseModel();
+        build(plugins);
+        const QList<PluginLoader> rows = cores + extensions;
+
+        for (int edit = 0; edit < 8; ++edit) {
+            QList<PluginsModel::Record> records;
+            for (int i = 0; i < size; ++i) {
+                const bool checked = m_model->index(i, 0).data(PluginsModel::CheckedRole).toBool();
+                records.append(PluginsModel::Record { checked, i < cores.size(), rows.at(i) });
+            }
+            const int target = random.bounded(size);
+            const bool value = random.bounded(2) == 1;
+            QList<bool> expected;
+            QList<PluginsModel::Record> edited = records;
+            const bool finished = StepByStepToggler(edited).run(target, value);
+            for (const PluginsModel::Record& record : std::as_const(finished ? edited : records))
+                expected.append(record.checked);
+
+            m_model->toggle(target, value);
+
+            QList<bool> actual;
+            for (int i = 0; i < size; ++i)
+                actual.append(m_model->index(i, 0).data(PluginsModel::CheckedRole).toBool());
+            QVERIFY2(actual == expected,
+                     qPrintable(QStringLiteral("seed %1, model %2, edit %3: row %4 -> %5")
+                                    .arg(seed)
+                                    .arg(round)
+                                    .arg(edit)
+                                    .arg(target)
+                                    .arg(value)));
+            (finished ? changed : refused) += 1;
+        }
+    }
+    inform(QStringLiteral("sameAsStepByStep: %1 edits run to the end, %2 refused as endless")
+               .arg(changed)
+               .arg(refused));
+    QVERIFY(changed > 0);
+    QVERIFY(refused > 0);
 }
 
 QTEST_MAIN(tst_PluginSelectionRules)
