@@ -50,9 +50,9 @@ double elapsed(const std::function<void()>& work)
     return double(timer.nsecsElapsed());
 }
 
-// ---- the library's arms ----------------------------------------------------------
+// ---- the library's arms (never inlined, so that a profiler can tell them apart) ----
 
-void libraryOptions(const QString& dir)
+Q_NEVER_INLINE void libraryOptions(const QString& dir)
 {
     const QList<QCommandLineOption> options
         = Zelvane::PluginController::instance()->pluginsOptions(QDir(dir));
@@ -60,7 +60,7 @@ void libraryOptions(const QString& dir)
         qFatal("no options found in %s", qPrintable(dir));
 }
 
-void libraryLoad(const QString& dir)
+Q_NEVER_INLINE void libraryLoad(const QString& dir)
 {
     Zelvane::PluginController* controller = Zelvane::PluginController::instance();
     if (!controller->loadPlugins(QDir(dir)))
@@ -70,7 +70,7 @@ void libraryLoad(const QString& dir)
 
 // ---- the raw arms: the same work with Qt alone --------------------------------------
 
-void rawOptions(const QString& dir)
+Q_NEVER_INLINE void rawOptions(const QString& dir)
 {
     const QDir folder(dir);
     const QStringList names
@@ -97,7 +97,7 @@ void rawOptions(const QString& dir)
         qFatal("no options found in %s", qPrintable(dir));
 }
 
-void rawLoad(const QStringList& paths)
+Q_NEVER_INLINE void rawLoad(const QStringList& paths)
 {
     std::vector<std::unique_ptr<QPluginLoader>> loaders;
     loaders.reserve(size_t(paths.size()));

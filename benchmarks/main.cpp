@@ -233,6 +233,10 @@ int main(int argc, char* argv[])
     parser.addOption({ QStringLiteral("output"),
                        QStringLiteral("Folder for the plugin files, the CSV files and the plot."),
                        QStringLiteral("dir"), QStringLiteral("bench-results") });
+    parser.addOption(
+        { QStringLiteral("keep"),
+          QStringLiteral("Keep each figure's plugin folders, e.g. to profile one repetition "
+                         "with --child FIGURE --dir DIR --rep 0 --arm both.") });
     parser.addOption({ QStringLiteral("child"), QStringLiteral("(internal) Run one repetition."),
                        QStringLiteral("figure") });
     parser.addOption(
@@ -293,7 +297,8 @@ int main(int argc, char* argv[])
                 result.ratios.append(values.value(1) > 0 ? values.value(0) / values.value(1) : 0);
             }
         }
-        QDir(dir).removeRecursively();
+        if (!parser.isSet(QStringLiteral("keep")))
+            QDir(dir).removeRecursively();
         printResult(result);
         results.append(result);
     }
