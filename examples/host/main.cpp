@@ -173,7 +173,7 @@ int main(int argc, char* argv[])
 
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        QObject::tr("Hosts the Zelvane example plugins and shows their settings screen."));
+        QObject::tr("A small document editor made of the Zelvane example plugins."));
     parser.addHelpOption();
     const QCommandLineOption settingsOption(
         QStringLiteral("settings"),

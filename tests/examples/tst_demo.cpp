@@ -73,6 +73,7 @@ private slots:
     void editorScreenshot_data();
     void editorScreenshot();
     void openFailure();
+    void unknownScreen();
     void dialogScreenshot();
     void qmlScreenshot();
 };
@@ -347,6 +348,21 @@ void tst_Demo::openFailure()
             QStringLiteral("zelvane-demo: cannot open %1: the Documents plugin is switched off\n")
                 .arg(missing)),
         qPrintable(off.err));
+    QVERIFY(!QFile::exists(folder.filePath(QStringLiteral("shot.png"))));
+}
+
+void tst_Demo::unknownScreen()
+{
+    QTemporaryDir folder;
+    const Result result
+        = runDemo({ QStringLiteral("--show"), QStringLiteral("menus"),
+                    QStringLiteral("--screenshot"), folder.filePath(QStringLiteral("shot.png")),
+                    QStringLiteral("--settings"), folder.filePath(QStringLiteral("demo.ini")) });
+    QCOMPARE(result.exitCode, 2);
+    // Qt may say something about the environment first; the demo's line is the last.
+    QCOMPARE(result.err.split(QLatin1Char('\n'), Qt::SkipEmptyParts).constLast(),
+             QStringLiteral(
+                 "zelvane-demo: --show takes editor, file-menu, plugins or about, not menus"));
     QVERIFY(!QFile::exists(folder.filePath(QStringLiteral("shot.png"))));
 }
 
