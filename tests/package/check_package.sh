@@ -237,6 +237,79 @@ check_install() {
         cat "$work/plugin.log"
         fail "building the plugin project"
     fi
+
+    check_components "$prefix" "$tests_dir" "$jobs" "$plugin" "${cmake_options[@]}"
+}
+
+# The components Diagnostics, Widgets and Quick: their files, find_package() per
+# component, and a widget host and a QML host built against them, run offscreen over a
+# folder holding the probe plugin (an Extension without a Core plugin: nothing loads).
+check_components() {
+    local prefix=$1 tests_dir=$2 jobs=$3 plugin=$4
+    shift 4
+    local cmake_options=("$@")
+
+    echo "== the components"
+    local path
+    for path in lib/libZelvaneDiagnostics.so.1 lib/libZelvaneWidgets.so.1 lib/libZelvaneQuick.so.1 \
+        lib/qt6/qml/Zelvane/qmldir lib/qt6/qml/Zelvane/libZelvaneQuickPlugin.so \
+        lib/qt6/qml/Zelvane/ZelvaneQuick.qmltypes \
+        include/zelvane/diagnostics/LoadDiagnostics include/zelvane/diagnostics/loaddiagnostics.h \
+        include/zelvane/widgets/PluginsWidget include/zelvane/widgets/PluginsDialog \
+        include/zelvane/quick/QmlPlugins \
+        lib/cmake/Zelvane/ZelvaneDiagnosticsTargets.cmake lib/cmake/Zelvane/ZelvaneWidgetsTargets.cmake \
+        lib/cmake/Zelvane/ZelvaneQuickTargets.cmake; do
+        if [[ -e $prefix/$path ]]; then pass "$path"; else fail "$path is not installed"; fi
+    done
+    local library
+    for library in Diagnostics Widgets Quick; do
+        local members
+        members=$(exported_symbols "$prefix/lib/libZelvane$library.so.1" |
+            grep -E 'Zelvane::(PluginLoader|PluginData|LoadPlan)::' || true)
+        if [[ -z $members ]]; then
+            pass "libZelvane$library exports none of the library's internals"
+        else
+            fail "libZelvane$library exports the library's internals:"$'\n'"$members"
+        fi
+    done
+
+    if cmake -S "$tests_dir/nocomponents" -B "$work/nocomponents-build" "${cmake_options[@]}" \
+        -DCMAKE_PREFIX_PATH="$prefix" >"$work/nocomponents.log" 2>&1; then
+        pass "find_package(Zelvane) pulls in no component; an unknown one fails: $(grep -o 'components: .*' "$work/nocomponents.log")"
+    else
+        cat "$work/nocomponents.log"
+        fail "find_package(Zelvane) with and without components"
+    fi
+
+    local folder="$work/components-plugins"
+    mkdir -p "$folder"
+    cp "$plugin" "$folder/" || fail "no probe plugin to show"
+    cp -r "$tests_dir/components" "$work/components"
+    local forwarding
+    for forwarding in diagnostics/DependencyProblem diagnostics/LoadDiagnostics \
+        diagnostics/PluginDiagnostic diagnostics/PluginsFilterModel widgets/PluginsDialog \
+        widgets/PluginsWidget quick/QmlPlugins; do
+        printf '#include <zelvane/%s>\n' "$forwarding" >"$work/components/header_${forwarding/\//_}.cpp"
+    done
+    if cmake -S "$work/components" -B "$work/components-build" "${cmake_options[@]}" \
+        -DCMAKE_PREFIX_PATH="$prefix" >"$work/components.log" 2>&1 &&
+        cmake --build "$work/components-build" -j "$jobs" >>"$work/components.log" 2>&1; then
+        local host expected output
+        for host in widgethost qmlhost; do
+            [[ $host == widgethost ]] && expected="widgets" || expected="qml"
+            expected+=": libprobe.so: Will not load: the plugin folder has no Core plugin."
+            output=$(QT_QPA_PLATFORM=offscreen "$work/components-build/$host" "$folder" \
+                org.zelvane.Package/1.0 "$work/components.ini" ProbeAfter 2>&1) || true
+            if [[ $output == *"$expected"* ]]; then
+                pass "$host runs: $expected"
+            else
+                fail "$host printed '$output'"
+            fi
+        done
+    else
+        cat "$work/components.log"
+        fail "building the component hosts"
+    fi
 }
 
 case ${1:-} in
