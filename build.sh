@@ -146,7 +146,7 @@ run_demo() {
     printf '[plugin]\nDocuments=false\nSpellcheck=true\n' >"$shots/no-documents.ini"
     "$demo" --settings "$shots/no-documents.ini" --show plugins --select Spellcheck \
         --screenshot "$out/plugins-dialog.png" 2>/dev/null
-    "$demo" --settings "$shots/defaults.ini" --qml --show plugins \
+    "$demo" --settings "$shots/no-documents.ini" --qml --show plugins --select Spellcheck \
         --screenshot "$out/plugins-qml.png" 2>/dev/null
     rm -rf "$shots"
 
@@ -155,7 +155,7 @@ run_demo() {
     echo "  $out/editor.png           (the editor with every example plugin, File menu open)"
     echo "  $out/editor-focus.png     (the editor with Focus as its core plugin)"
     echo "  $out/plugins-dialog.png   (the plugins screen, --show plugins --select Spellcheck)"
-    echo "  $out/plugins-qml.png      (the QML plugins page, --qml --show plugins)"
+    echo "  $out/plugins-qml.png      (the same in QML, --qml)"
     echo "Plugin selection of the demo: $settings"
     echo "Inspect the plugin folder:    $ROOT/build/tools/inspect/zelvane-inspect $ROOT/build/examples/plugins --iid org.zelvane.DocumentEditor/1.0 --settings $settings"
 

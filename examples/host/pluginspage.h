@@ -1,25 +1,29 @@
 #pragma once
 
+#include <QtCore/QDir>
 #include <QtQuick/QQuickView>
-
-QT_BEGIN_NAMESPACE
-class QAbstractItemModel;
-QT_END_NAMESPACE
 
 namespace ZelvaneDemo {
 
-// The QML version of the plugin settings screen (PluginsPage.qml). The page sees the
-// model as "pluginsModel" and a PluginsCaterogies object as "pluginCategories", which
-// tells it which rows are core plugins.
+// The QML plugins screen: the PluginsPage of the Quick component's module
+// (import Zelvane) in a window of its own, over the folder the demo loads.
 class PluginsPage : public QQuickView
 {
     Q_OBJECT
 
 public:
-    explicit PluginsPage(QAbstractItemModel* model, QWindow* parent = nullptr);
+    explicit PluginsPage(const QDir& pluginDir, const QString& selectedPlugin = QString(),
+                         QWindow* parent = nullptr);
 
     // The QML errors, one per line; empty when the page loaded.
     QString errorText() const;
+
+Q_SIGNALS:
+    // The user pressed the notice's Restart now.
+    void restartRequested();
+
+private:
+    QString m_errors;
 };
 
 } // namespace ZelvaneDemo

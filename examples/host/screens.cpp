@@ -115,11 +115,11 @@ void Screens::show(Screen screen)
 
 void Screens::showPluginsScreen()
 {
-    Zelvane::PluginsModel* model = Zelvane::PluginController::instance()->pluginsModel();
 #ifdef ZELVANE_DEMO_QML
     if (m_qmlPage) {
-        auto* page = new PluginsPage(model);
+        auto* page = new PluginsPage(m_pluginDir, m_selectedPlugin);
         page->setModality(Qt::ApplicationModal);
+        connect(page, &PluginsPage::restartRequested, this, &Screens::restart);
         connect(page, &QWindow::visibleChanged, page, [page](bool visible) {
             if (!visible)
                 page->deleteLater();
@@ -156,7 +156,8 @@ bool Screens::screenshot(Screen screen, const QString& fileName, QString* error)
     QImage image;
     if (screen == Screen::Plugins && m_qmlPage) {
 #ifdef ZELVANE_DEMO_QML
-        PluginsPage page(Zelvane::PluginController::instance()->pluginsModel());
+        PluginsPage page(m_pluginDir, m_selectedPlugin);
+        connect(&page, &PluginsPage::restartRequested, this, &Screens::restart);
         if (!page.errorText().isEmpty()) {
             *error = page.errorText();
             return false;
