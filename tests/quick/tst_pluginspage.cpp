@@ -5,8 +5,27 @@
 
 #include <zelvane/quick/QmlPlugins>
 
+#include <QtCore/QTemporaryDir>
 #include <QtQml/QQmlEngine>
+#include <QtQml/qqml.h>
 #include <QtQuickTest/QtQuickTest>
+
+// Where the test writes the page's picture: $ZELVANE_SCREENSHOT_DIR when set.
+class Screenshots : public QObject
+{
+    Q_OBJECT
+
+public:
+    Q_INVOKABLE QString path(const QString& name) const
+    {
+        const QByteArray target = qgetenv("ZELVANE_SCREENSHOT_DIR");
+        return QDir(target.isEmpty() ? m_scratch.path() : QString::fromLocal8Bit(target))
+            .filePath(name);
+    }
+
+private:
+    QTemporaryDir m_scratch;
+};
 
 class Setup : public QObject
 {
@@ -26,12 +45,14 @@ public slots:
     void qmlEngineAvailable(QQmlEngine* engine)
     {
         engine->addImportPath(QStringLiteral(ZELVANE_QML_DIR));
+        qmlRegisterSingletonInstance("ZelvaneTest", 1, 0, "Screenshots", &m_screenshots);
     }
 
     void cleanupTestCase() { Zelvane::PluginController::instance()->shutdown(); }
 
 private:
     LoadingTest::Scenario m_scenario;
+    Screenshots m_screenshots;
 };
 
 QUICK_TEST_MAIN_WITH_SETUP(tst_pluginspage, Setup)

@@ -1,6 +1,7 @@
 import QtQuick
 import QtTest
 import Zelvane
+import ZelvaneTest
 
 Item {
     id: root
@@ -112,6 +113,15 @@ Item {
             verify(child("detailsFile").text.endsWith("/libzt_viewer.so"))
             page.currentPlugin = "Storage"
             compare(child("detailsNeededBy").text, "Needed by: Viewer")
+        }
+
+        // The picture of docs/quick.md, written by the C++ side when asked to.
+        function test_screenshot() {
+            page.currentPlugin = "AltCore"
+            waitForRendering(page)
+            const image = grabImage(page)
+            compare(image.width, page.width)
+            image.save(Screenshots.path("plugins-page.png")) // throws when it cannot
         }
 
         function test_refusedFile() {

@@ -9,6 +9,8 @@
 #include <zelvane/widgets/PluginsWidget>
 
 #include <QtCore/QSettings>
+#include <QtCore/QTemporaryDir>
+#include <QtGui/QImage>
 #include <QtTest/QAbstractItemModelTester>
 #include <QtTest/QSignalSpy>
 #include <QtTest/QTest>
@@ -120,6 +122,7 @@ private slots:
     void detailsOfAPluginThatWillNotLoad();
     void detailsOfARefusedFile();
     void dialogClosesAndRelaysRestart();
+    void screenshot();
 };
 
 void tst_PluginsWidget::groupsAndAccessibleNames()
@@ -344,6 +347,40 @@ void tst_PluginsWidget::dialogClosesAndRelaysRestart()
     QTest::mouseClick(close, Qt::LeftButton);
     QVERIFY(!dialog.isVisible());
     QCOMPARE(dialog.result(), int(QDialog::Rejected));
+    Zelvane::PluginController::instance()->shutdown();
+}
+
+// The picture of docs/widgets.md: the dialog with the details of a plugin that will not
+// load. Written to $ZELVANE_SCREENSHOT_DIR when set.
+void tst_PluginsWidget::screenshot()
+{
+    LoadingTest::Scenario scenario;
+    QVERIFY(scenario.create(folder));
+    scenario.configureController();
+    QVERIFY(Zelvane::PluginController::instance()->loadPlugins(QDir(scenario.pluginDir())));
+    Zelvane::PluginsDialog dialog(QDir(scenario.pluginDir()));
+    connect(&dialog, &Zelvane::PluginsDialog::restartRequested, this, [] {});
+    // Storage switched off after loading, and Viewer with it: the notice says that this
+    // waits for the next start.
+    Zelvane::PluginsModel* model = dialog.pluginsWidget()->model();
+    const QModelIndexList storage
+        = model->match(model->index(0, 0), Zelvane::PluginsModel::NameRole,
+                       QStringLiteral("Storage"), 1, Qt::MatchExactly);
+    QCOMPARE(storage.size(), 1);
+    QVERIFY(model->setData(storage.constFirst(), Qt::Unchecked, Qt::CheckStateRole));
+    QCoreApplication::processEvents();
+    dialog.pluginsWidget()->setCurrentPlugin(QStringLiteral("Viewer"));
+    dialog.resize(760, 440);
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&dialog));
+    QVERIFY(dialog.pluginsWidget()->isRestartNeeded());
+
+    QTemporaryDir scratch;
+    const QByteArray target = qgetenv("ZELVANE_SCREENSHOT_DIR");
+    const QString dir = target.isEmpty() ? scratch.path() : QString::fromLocal8Bit(target);
+    const QImage image = dialog.grab().toImage();
+    QCOMPARE(image.size(), dialog.size() * dialog.devicePixelRatio());
+    QVERIFY(image.save(QDir(dir).filePath(QStringLiteral("plugins-widget.png"))));
     Zelvane::PluginController::instance()->shutdown();
 }
 
