@@ -7,11 +7,13 @@
 // shutdown() before the end.
 
 #include "loadtracker.h"
+#include "safestartcheck.h"
 #include "screens.h"
 #ifdef ZELVANE_DEMO_QML
 #include <QtQuick/QQuickWindow>
 #endif
 
+#include <zelvane/diagnostics/safestart.h>
 #include <zelvane/objectpool.h>
 #include <zelvane/plugincontroller.h>
 #include <zelvane/pluginscaterogies.h>
@@ -242,9 +244,16 @@ int main(int argc, char* argv[])
     controller->setSettings(settings.get());
     controller->setArguments(arguments);
 
+    // A start that died while loading the plugins left its mark beside the settings: the
+    // plugins that take the demo down are found in a child process and switched off.
+    Zelvane::SafeStart safeStart(settings.get());
+    ZelvaneDemo::checkPreviousStart(safeStart, pluginDir, arguments, headless);
+    safeStart.begin();
+
     ZelvaneDemo::LoadTracker tracker(pluginDir, pluginIID, controller->pool());
     const bool loaded = controller->loadPlugins(pluginDir);
     tracker.finish();
+    safeStart.finish();
     const QString settingsFile = QFileInfo(settings->fileName()).absoluteFilePath();
 
     int status = 0;
