@@ -1,3 +1,5 @@
+pragma ComponentBehavior: Bound
+
 import QtQuick
 import QtQuick.Controls
 import QtQuick.Layouts
@@ -107,8 +109,9 @@ Pane {
 
                     section.property: "category"
                     section.delegate: Label {
+                        id: sectionLabel
                         required property string section
-                        text: section === page.coreKey ? qsTr("Core") : qsTr("Extensions")
+                        text: sectionLabel.section === page.coreKey ? qsTr("Core") : qsTr("Extensions")
                         font.bold: true
                         topPadding: 6
                         Accessible.name: text
@@ -138,10 +141,10 @@ Pane {
                             visible: !row.isCore
                             text: row.name
                             checked: row.checked
-                            focusPolicy: Qt.NoFocus
                             onToggled: {
                                 list.currentIndex = row.index
                                 page.setChecked(row.index, check.checked)
+                                list.forceActiveFocus()
                             }
                         }
                         RadioButton {
@@ -150,10 +153,10 @@ Pane {
                             text: row.name
                             checked: row.checked
                             font.italic: true
-                            focusPolicy: Qt.NoFocus
                             onToggled: {
                                 list.currentIndex = row.index
                                 page.setChecked(row.index, true)
+                                list.forceActiveFocus()
                             }
                         }
                         TapHandler {
@@ -172,9 +175,12 @@ Pane {
                                                           PluginsModel.NameRole)
                     }
                     Keys.onSpacePressed: {
-                        if (list.currentItem)
-                            page.setChecked(list.currentIndex,
-                                            list.currentItem.isCore || !list.currentItem.checked)
+                        if (list.currentIndex < 0)
+                            return
+                        const index = plugins.index(list.currentIndex, 0)
+                        const isCore = plugins.data(index, PluginsModel.CategoryRole) === page.coreKey
+                        page.setChecked(list.currentIndex,
+                                        isCore || !plugins.data(index, PluginsModel.CheckedRole))
                     }
                     // Typing filters.
                     Keys.onPressed: event => {
@@ -196,11 +202,13 @@ Pane {
                 Repeater {
                     model: Plugins.otherFiles
                     delegate: ItemDelegate {
+                        id: other
                         required property var modelData
                         Layout.fillWidth: true
-                        text: modelData.name.length > 0 ? modelData.name : modelData.fileName
-                        Accessible.name: text
-                        onClicked: page.currentOther = modelData
+                        text: other.modelData.name.length > 0 ? other.modelData.name
+                                                              : other.modelData.fileName
+                        Accessible.name: other.text
+                        onClicked: page.currentOther = other.modelData
                     }
                 }
             }

@@ -27,6 +27,22 @@ struct PluginsCaterogiesForeign
     QML_UNCREATABLE("Use Plugins.categories")
 };
 
+// The filter's base classes, for the QML tools: their properties, signals and invokable
+// methods (index(), setData(), modelReset...) are what a page uses.
+struct QAbstractProxyModelForeign
+{
+    Q_GADGET
+    QML_FOREIGN(QAbstractProxyModel)
+    QML_ANONYMOUS
+};
+
+struct QSortFilterProxyModelForeign
+{
+    Q_GADGET
+    QML_FOREIGN(QSortFilterProxyModel)
+    QML_ANONYMOUS
+};
+
 struct PluginsFilterModelForeign
 {
     Q_GADGET
