@@ -223,6 +223,10 @@ foreach(component IN LISTS ZELVANE_PACKAGED_COMPONENTS)
         # The CMake package finds Qt6 Core and Gui, and Qt's Gui package needs the GL
         # headers, which qt6-base-dev does not pull in.
         set(depends ${_zelvane_libraries} "qt6-base-dev (>= 6.4)" "libgl-dev")
+        # find_package(Zelvane COMPONENTS Quick) finds Qt's Qml and Quick packages.
+        if("quick" IN_LIST ZELVANE_PACKAGED_COMPONENTS)
+            list(APPEND depends "qt6-declarative-dev (>= 6.4)")
+        endif()
     elseif(NOT component STREQUAL "runtime" AND NOT component STREQUAL "tools")
         # The components link libZelvane and are built from the same internal code.
         set(depends "libzelvane1 (= ${ZELVANE_DEBIAN_VERSION})")

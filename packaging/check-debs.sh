@@ -92,6 +92,36 @@ else
     fail "libzelvane-dev does not depend on libzelvane1 (= version)"
 fi
 
+# Every packaged component is found by find_package(Zelvane COMPONENTS ...).
+components=()
+for deb in "${debs[@]}"; do
+    case $(dpkg-deb -f "$deb" Package) in
+    libzelvanediagnostics1) components+=(Diagnostics) ;;
+    libzelvanewidgets1) components+=(Widgets) ;;
+    qml6-module-zelvane) components+=(Quick) ;;
+    esac
+done
+if [[ ${#components[@]} -gt 0 ]]; then
+    mkdir -p "$work/components"
+    {
+        echo "cmake_minimum_required(VERSION 3.21)"
+        echo "project(components LANGUAGES CXX)"
+        echo "find_package(Zelvane REQUIRED COMPONENTS ${components[*]})"
+        for component in "${components[@]}"; do
+            echo "if(NOT TARGET Zelvane::$component)"
+            echo "    message(FATAL_ERROR \"no target Zelvane::$component\")"
+            echo "endif()"
+        done
+    } >"$work/components/CMakeLists.txt"
+    if cmake -S "$work/components" -B "$work/components-build" -DCMAKE_PREFIX_PATH="$root/usr" \
+        -DCMAKE_FIND_USE_PACKAGE_REGISTRY=OFF >"$work/components.log" 2>&1; then
+        pass "find_package(Zelvane COMPONENTS ${components[*]}) and its targets"
+    else
+        cat "$work/components.log"
+        fail "find_package(Zelvane COMPONENTS ${components[*]})"
+    fi
+fi
+
 # A host's run: the plugins are in plugins/ beside the executable. Prints what it says.
 run_host() {
     QT_QPA_PLATFORM=offscreen "$@" 2>&1
