@@ -76,9 +76,13 @@ bool SafeStart::previousStartFailed() const
 
 bool SafeStart::begin()
 {
+    // The settings' folder may not exist yet at a first start: QSettings makes it only
+    // when it first saves.
+    const QString fileName = markFileName();
+    QDir().mkpath(QFileInfo(fileName).absolutePath());
     // Written whole or not at all: a start that dies while it writes the mark must not
     // leave half of one.
-    QSaveFile mark(markFileName());
+    QSaveFile mark(fileName);
     if (!mark.open(QIODevice::WriteOnly))
         return false;
     mark.write(QByteArray::number(qint64(::getpid())) + '\n');

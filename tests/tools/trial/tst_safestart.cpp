@@ -33,6 +33,7 @@ class tst_SafeStart : public QObject
 private slots:
     void initTestCase();
     void mark();
+    void markInAFolderNotMadeYet();
     void markOfAProcessThatStillRuns();
     void findAndSwitchOff();
     void everyPluginStarts();
@@ -69,6 +70,18 @@ void tst_SafeStart::mark()
 
     safeStart.finish();
     QCOMPARE(ZelvaneTest::fileContent(safeStart.markFileName()), QByteArray("<no file>"));
+    QCOMPARE(safeStart.previousStartFailed(), false);
+}
+
+void tst_SafeStart::markInAFolderNotMadeYet()
+{
+    // At a host's first start, QSettings has not made its folder yet.
+    QTemporaryDir folder;
+    QSettings settings(folder.filePath(QStringLiteral("Org/host.ini")), QSettings::IniFormat);
+    Zelvane::SafeStart safeStart(&settings);
+    QVERIFY(safeStart.begin());
+    QVERIFY(QFile::exists(folder.filePath(QStringLiteral("Org/host.ini.starting"))));
+    safeStart.finish();
     QCOMPARE(safeStart.previousStartFailed(), false);
 }
 
