@@ -76,6 +76,7 @@ private slots:
     void unknownScreen();
     void pluginsScreenshot_data();
     void pluginsScreenshot();
+    void aboutScreenshot();
 };
 
 void tst_Demo::list_data()
@@ -416,6 +417,25 @@ void tst_Demo::pluginsScreenshot()
     QVERIFY(!unselected.isNull());
     const int empty = countPixels(unselected.copy(details), isText);
     QVERIFY2(empty < 1000, qPrintable(QString::number(empty)));
+}
+
+void tst_Demo::aboutScreenshot()
+{
+    // About plugins: the loaded plugins above, the objects in the pool below.
+    QTemporaryDir folder;
+    const QString file = folder.filePath(QStringLiteral("about.png"));
+    const Result result = runDemo(
+        { QStringLiteral("--show"), QStringLiteral("about"), QStringLiteral("--screenshot"), file,
+          QStringLiteral("--settings"), folder.filePath(QStringLiteral("demo.ini")) });
+    QCOMPARE(result.out, QString());
+    QCOMPARE(result.exitCode, 0);
+    const QImage image(file);
+    QVERIFY2(!image.isNull(), "no PNG written");
+    QCOMPARE(image.size(), QSize(640, 480));
+    const int plugins = countPixels(image.copy(QRect(20, 40, 300, 80)), isText);
+    const int objects = countPixels(image.copy(QRect(20, 250, 400, 110)), isText);
+    QVERIFY2(plugins > 400, qPrintable(QString::number(plugins)));
+    QVERIFY2(objects > 1000, qPrintable(QString::number(objects)));
 }
 
 QTEST_GUILESS_MAIN(tst_Demo)
