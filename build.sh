@@ -11,7 +11,9 @@
 #                                                  build/bench-results/
 #   ./build.sh package [--check]                   Debian packages in build-package/packages,
 #                                                  lintian; --check builds the README's
-#                                                  host and plugin against them
+#                                                  host and plugin against them (and,
+#                                                  with ZELVANE_CLEAN_ROOT=DIR, against
+#                                                  them installed in a debootstrapped root)
 #   ./build.sh docs                                the API reference: build-docs/html/ and
 #                                                  build-docs/zelvane-<version>.qch
 #
@@ -251,6 +253,15 @@ run_package() {
         echo
         echo "== checking the packages"
         bash packaging/check-debs.sh "$ROOT/build-package/packages" "$ROOT" "$ROOT/build-package"
+        # The same on a real Debian 12 system that debootstrap makes in the folder
+        # ZELVANE_CLEAN_ROOT names: needs root and the network (a few hundred MB), so
+        # only when asked for. A second run reuses the system.
+        if [ -n "${ZELVANE_CLEAN_ROOT:-}" ]; then
+            ensure_packages debootstrap
+            echo
+            echo "== installing the packages into $ZELVANE_CLEAN_ROOT"
+            bash packaging/clean-root.sh "$ROOT/build-package/packages" "$ROOT" "$ZELVANE_CLEAN_ROOT"
+        fi
     fi
     echo
     echo "Packages:"

@@ -22,9 +22,10 @@ command -v ninja >/dev/null 2>&1 || generator="Unix Makefiles"
 
 # The flags Debian builds its packages with, bindnow included (hardening=+all); -g
 # keeps the types in the library for abidw, and cpack strips the packaged copies.
-# The debug information keeps the real source paths (no fixfilepath), so that abidw
-# can tell the types of the public headers from the others.
-export DEB_BUILD_MAINT_OPTIONS="hardening=+all reproducible=-fixfilepath"
+# The debug information keeps the real source paths (no fixfilepath or fixdebugpath,
+# which would make them relative to the folder this runs in), so that abidw can tell
+# the types of the public headers from the others.
+export DEB_BUILD_MAINT_OPTIONS="hardening=+all reproducible=-fixfilepath,-fixdebugpath"
 # -femit-class-debug-always: GCC describes a class with a virtual table (every QObject)
 # only where its key function is, which for Q_OBJECT classes is moc's file; abidw then
 # cannot tie the functions of the class's other files to it and sees only their symbols.
