@@ -3,6 +3,7 @@
 // narrow column. It publishes the same kind of object under the same name, so the
 // extensions do not notice which core plugin runs.
 
+#include "../menus.h"
 #include "../published.h"
 #include "../workbench.h"
 
@@ -14,10 +15,8 @@
 #include <QtWidgets/QHBoxLayout>
 #include <QtWidgets/QMainWindow>
 #include <QtWidgets/QMenu>
-#include <QtWidgets/QMenuBar>
 #include <QtWidgets/QPlainTextEdit>
 
-#include <map>
 #include <memory>
 
 class FocusWorkbench : public Editor::Workbench
@@ -32,6 +31,7 @@ public:
             return;
         m_window = std::make_unique<QMainWindow>();
         m_window->setObjectName(QStringLiteral("focusWindow"));
+        m_menus = std::make_unique<Editor::Menus>(m_window.get());
 
         m_editor = new QPlainTextEdit;
         m_editor->setObjectName(QStringLiteral("editor"));
@@ -57,7 +57,7 @@ public:
         auto* quit = new QAction(tr("&Quit"), this);
         quit->setShortcut(QKeySequence::Quit);
         connect(quit, &QAction::triggered, m_window.get(), &QWidget::close);
-        QMenu* file = menu(Editor::Menu::File);
+        QMenu* file = m_menus->menu(Editor::Menu::File);
         m_quitSeparator = file->addSeparator();
         file->addAction(quit);
         connect(m_editor->document(), &QTextDocument::modificationChanged, this,
@@ -76,7 +76,7 @@ public:
     {
         if (!m_window)
             return;
-        QMenu* target = menu(which);
+        QMenu* target = m_menus->menu(which);
         if (which == Editor::Menu::File)
             target->insertAction(m_quitSeparator, action);
         else
@@ -108,30 +108,6 @@ public:
     }
 
 private:
-    QMenu* menu(Editor::Menu which)
-    {
-        auto found = m_menus.find(which);
-        if (found != m_menus.end())
-            return found->second;
-        static const std::map<Editor::Menu, const char*> titles {
-            { Editor::Menu::File, QT_TR_NOOP("&File") },
-            { Editor::Menu::Tools, QT_TR_NOOP("&Tools") },
-            { Editor::Menu::Help, QT_TR_NOOP("&Help") },
-        };
-        auto* created = new QMenu(tr(titles.at(which)), m_window.get());
-        // Menus appear in the order File, Tools, Help, whichever plugin asks first.
-        QAction* before = nullptr;
-        for (const auto& [other, existing] : m_menus) {
-            if (other > which) {
-                before = existing->menuAction();
-                break;
-            }
-        }
-        m_window->menuBar()->insertMenu(before, created);
-        m_menus.emplace(which, created);
-        return created;
-    }
-
     void updateWindowTitle()
     {
         QString document = m_editor->documentTitle();
@@ -143,7 +119,7 @@ private:
     std::unique_ptr<QMainWindow> m_window;
     QPlainTextEdit* m_editor = nullptr;
     QAction* m_quitSeparator = nullptr;
-    std::map<Editor::Menu, QMenu*> m_menus;
+    std::unique_ptr<Editor::Menus> m_menus;
 };
 
 class FocusPlugin : public Zelvane::IPlugin

@@ -3,6 +3,7 @@
 // every document's editor in the pool.
 
 #include "../workbench.h"
+#include "../menus.h"
 #include "../published.h"
 
 #include <zelvane/iplugin.h>
@@ -13,12 +14,10 @@
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QMainWindow>
 #include <QtWidgets/QMenu>
-#include <QtWidgets/QMenuBar>
 #include <QtWidgets/QPlainTextEdit>
 #include <QtWidgets/QStatusBar>
 #include <QtWidgets/QTabWidget>
 
-#include <map>
 #include <memory>
 
 class TabbedWorkbench : public Editor::Workbench
@@ -34,6 +33,7 @@ public:
             return;
         m_window = std::make_unique<QMainWindow>();
         m_window->setObjectName(QStringLiteral("workbenchWindow"));
+        m_menus = std::make_unique<Editor::Menus>(m_window.get());
         m_tabs = new QTabWidget;
         m_tabs->setObjectName(QStringLiteral("documentTabs"));
         m_tabs->setDocumentMode(true);
@@ -47,7 +47,7 @@ public:
         auto* quit = new QAction(tr("&Quit"), this);
         quit->setShortcut(QKeySequence::Quit);
         connect(quit, &QAction::triggered, m_window.get(), &QWidget::close);
-        QMenu* file = menu(Editor::Menu::File);
+        QMenu* file = m_menus->menu(Editor::Menu::File);
         m_quitSeparator = file->addSeparator();
         file->addAction(quit);
         m_window->statusBar()->showMessage(tr("Ready"));
@@ -66,7 +66,7 @@ public:
     {
         if (!m_window)
             return;
-        QMenu* target = menu(which);
+        QMenu* target = m_menus->menu(which);
         if (which == Editor::Menu::File)
             target->insertAction(m_quitSeparator, action);
         else
@@ -115,30 +115,6 @@ public:
     }
 
 private:
-    QMenu* menu(Editor::Menu which)
-    {
-        auto found = m_menus.find(which);
-        if (found != m_menus.end())
-            return found->second;
-        static const std::map<Editor::Menu, const char*> titles {
-            { Editor::Menu::File, QT_TR_NOOP("&File") },
-            { Editor::Menu::Tools, QT_TR_NOOP("&Tools") },
-            { Editor::Menu::Help, QT_TR_NOOP("&Help") },
-        };
-        auto* created = new QMenu(tr(titles.at(which)), m_window.get());
-        // Menus appear in the order File, Tools, Help, whichever plugin asks first.
-        QAction* before = nullptr;
-        for (const auto& [other, existing] : m_menus) {
-            if (other > which) {
-                before = existing->menuAction();
-                break;
-            }
-        }
-        m_window->menuBar()->insertMenu(before, created);
-        m_menus.emplace(which, created);
-        return created;
-    }
-
     // An empty document that nobody has typed into or saved.
     static bool isUntouched(QPlainTextEdit* editor)
     {
@@ -168,7 +144,7 @@ private:
     std::unique_ptr<QMainWindow> m_window;
     QTabWidget* m_tabs = nullptr;
     QAction* m_quitSeparator = nullptr;
-    std::map<Editor::Menu, QMenu*> m_menus;
+    std::unique_ptr<Editor::Menus> m_menus;
 };
 
 class WorkbenchPlugin : public Zelvane::IPlugin
