@@ -96,7 +96,7 @@ void LoadPlan::decide(QSettings* settings)
     const auto core = std::find_if(cores.cbegin(), cores.cend(), enabled);
     m_chosenCore = core != cores.cend() ? *core : cores.first();
     for (int file : cores)
-        m_files[file].fate = file == m_chosenCore ? Fate::Loads : Fate::NotChosenCore;
+        m_files[file].fate = file == m_chosenCore ? Fate::Loads : Fate::OtherCoreChosen;
 
     // Every Extension is asked once, front to back; the enabled ones keep their order.
     QList<int> selected { m_chosenCore };
@@ -219,7 +219,7 @@ QList<LoadPlan::Blocker> LoadPlan::blockers(int file, const QSet<QString>& place
             continue;
         seen.append(dependency);
         if (dependency == name) {
-            result.append(Blocker { Blocker::Kind::Itself, dependency, {}, {} });
+            result.append(Blocker { Blocker::Kind::NamesItself, dependency, {}, {} });
             continue;
         }
         if (placedNames.contains(dependency))
@@ -234,7 +234,7 @@ QList<LoadPlan::Blocker> LoadPlan::blockers(int file, const QSet<QString>& place
                 return f.fate == Fate::Refused && !f.name.isEmpty() && f.name == dependency;
             });
             result.append(
-                Blocker { refused ? Blocker::Kind::MissingRefused : Blocker::Kind::Missing,
+                Blocker { refused ? Blocker::Kind::Refused : Blocker::Kind::Missing,
                           dependency,
                           {},
                           {} });
@@ -242,8 +242,8 @@ QList<LoadPlan::Blocker> LoadPlan::blockers(int file, const QSet<QString>& place
         }
         if (!selectedNames.contains(dependency)) {
             const QString category = discovered.key();
-            const Blocker::Kind kind = category == extensionCategoryKey() ? Blocker::Kind::Disabled
-                : category == coreCategoryKey() ? Blocker::Kind::CoreNotChosen
+            const Blocker::Kind kind = category == extensionCategoryKey() ? Blocker::Kind::SwitchedOff
+                : category == coreCategoryKey() ? Blocker::Kind::OtherCoreChosen
                                                 : Blocker::Kind::NeverLoaded;
             result.append(Blocker { kind, dependency, category, {} });
             continue;

@@ -31,14 +31,17 @@ namespace Zelvane {
 class ZELVANE_AUTOTEST_EXPORT LoadPlan
 {
 public:
-    // What happens to one "*.so" file of the folder.
+    // What happens to one "*.so" file of the folder. These names, and those of
+    // Blocker::Kind, are the ones that the Diagnostics component gives users in
+    // PluginDiagnostic::State and DependencyProblem::Kind: one idea, one name, from the
+    // plan to the screens.
     enum class Fate {
         Refused, // not an acceptable plugin: refusal says why (may be empty)
         Discovered, // accepted; decide() has not run yet
         OtherCategory, // neither "Core" nor "Extension": discovered, never loaded
         NoCore, // a "Core" or "Extension" plugin, but the folder has no Core plugin
         NoSettings, // a "Core" or "Extension" plugin, but no settings object is set
-        NotChosenCore, // another Core plugin is chosen: exactly one loads
+        OtherCoreChosen, // another Core plugin is chosen: exactly one loads
         Disabled, // an Extension switched off (by the settings or its "Default")
         Dropped, // selected, then removed by the dependency ordering
         Loads, // loads at position, possibly before its dependencies
@@ -49,11 +52,11 @@ public:
     struct Blocker
     {
         enum class Kind {
-            Itself, // it names itself
+            NamesItself, // it names itself
             Missing, // no file of the folder is an accepted plugin of that name
-            MissingRefused, // a file carries the name but is refused
-            Disabled, // an Extension that is switched off
-            CoreNotChosen, // a Core plugin other than the chosen one
+            Refused, // a file carries the name but is refused
+            SwitchedOff, // an Extension that is switched off
+            OtherCoreChosen, // a Core plugin other than the chosen one
             NeverLoaded, // a plugin of another category (see category)
             Cycle, // the names along the cycle, from this plugin back to it
             Unordered, // it could not be placed either, for reasons of its own

@@ -18,15 +18,15 @@ DependencyProblem::Kind kindOf(LoadPlan::Blocker::Kind kind)
 {
     using Kind = LoadPlan::Blocker::Kind;
     switch (kind) {
-    case Kind::Itself:
+    case Kind::NamesItself:
         return DependencyProblem::Kind::NamesItself;
     case Kind::Missing:
         return DependencyProblem::Kind::Missing;
-    case Kind::MissingRefused:
+    case Kind::Refused:
         return DependencyProblem::Kind::Refused;
-    case Kind::Disabled:
+    case Kind::SwitchedOff:
         return DependencyProblem::Kind::SwitchedOff;
-    case Kind::CoreNotChosen:
+    case Kind::OtherCoreChosen:
         return DependencyProblem::Kind::OtherCoreChosen;
     case Kind::NeverLoaded:
         return DependencyProblem::Kind::NeverLoaded;

@@ -26,7 +26,7 @@ PluginDiagnostic::State stateOf(const LoadPlan::File& file)
         return State::NoCore;
     case Fate::NoSettings:
         return State::NoSettings;
-    case Fate::NotChosenCore:
+    case Fate::OtherCoreChosen:
         return State::OtherCoreChosen;
     case Fate::Disabled:
         return State::Disabled;

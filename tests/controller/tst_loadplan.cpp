@@ -78,7 +78,7 @@ QString fateName(Zelvane::LoadPlan::Fate fate)
         return QStringLiteral("no core");
     case Fate::NoSettings:
         return QStringLiteral("no settings");
-    case Fate::NotChosenCore:
+    case Fate::OtherCoreChosen:
         return QStringLiteral("not the chosen core");
     case Fate::Disabled:
         return QStringLiteral("disabled");
@@ -94,15 +94,15 @@ QString blockerName(const Zelvane::LoadPlan::Blocker& blocker)
 {
     using Kind = Zelvane::LoadPlan::Blocker::Kind;
     switch (blocker.kind) {
-    case Kind::Itself:
+    case Kind::NamesItself:
         return QStringLiteral("itself");
     case Kind::Missing:
         return QStringLiteral("missing ") + blocker.dependency;
-    case Kind::MissingRefused:
+    case Kind::Refused:
         return QStringLiteral("refused ") + blocker.dependency;
-    case Kind::Disabled:
+    case Kind::SwitchedOff:
         return QStringLiteral("disabled ") + blocker.dependency;
-    case Kind::CoreNotChosen:
+    case Kind::OtherCoreChosen:
         return QStringLiteral("core not chosen ") + blocker.dependency;
     case Kind::NeverLoaded:
         return QStringLiteral("never loaded ") + blocker.dependency + QLatin1Char('/')

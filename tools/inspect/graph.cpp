@@ -40,7 +40,7 @@ NodeStyle styleOf(const Inspection& inspection, const LoadPlan::File& file)
     case LoadPlan::Fate::Disabled:
         return { QObject::tr("disabled"), QStringLiteral("#eeeeee"),
                  QStringLiteral("fontcolor=\"#666666\"") };
-    case LoadPlan::Fate::NotChosenCore:
+    case LoadPlan::Fate::OtherCoreChosen:
         return { QObject::tr("not the chosen Core"), QStringLiteral("#fff3c4"), {} };
     case LoadPlan::Fate::Dropped:
         return { QObject::tr("dropped: %1").arg(blockersText(file.blockers)),

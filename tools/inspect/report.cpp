@@ -41,7 +41,7 @@ QString skipReason(const Inspection& inspection, int index)
         return QObject::tr("nothing is loaded without a Core plugin");
     case LoadPlan::Fate::NoSettings:
         return QObject::tr("nothing is loaded without a settings object");
-    case LoadPlan::Fate::NotChosenCore:
+    case LoadPlan::Fate::OtherCoreChosen:
         return QObject::tr("only one Core plugin is loaded, and %1 is chosen")
             .arg(quoted(inspection.plan.files().at(inspection.plan.chosenCore()).name));
     case LoadPlan::Fate::Disabled:
@@ -64,15 +64,15 @@ QString blockerText(const LoadPlan::Blocker& blocker)
 {
     const QString dependency = quoted(blocker.dependency);
     switch (blocker.kind) {
-    case LoadPlan::Blocker::Kind::Itself:
+    case LoadPlan::Blocker::Kind::NamesItself:
         return QObject::tr("it depends on itself");
     case LoadPlan::Blocker::Kind::Missing:
         return QObject::tr("missing dependency %1").arg(dependency);
-    case LoadPlan::Blocker::Kind::MissingRefused:
+    case LoadPlan::Blocker::Kind::Refused:
         return QObject::tr("missing dependency %1 (its file is rejected)").arg(dependency);
-    case LoadPlan::Blocker::Kind::Disabled:
+    case LoadPlan::Blocker::Kind::SwitchedOff:
         return QObject::tr("disabled dependency %1").arg(dependency);
-    case LoadPlan::Blocker::Kind::CoreNotChosen:
+    case LoadPlan::Blocker::Kind::OtherCoreChosen:
         return QObject::tr("dependency %1 is a Core plugin that is not chosen").arg(dependency);
     case LoadPlan::Blocker::Kind::NeverLoaded:
         return QObject::tr("dependency %1 has the category %2, which is never loaded")
