@@ -16,8 +16,8 @@
 namespace Zelvane {
 
 // Reorders plugins in place so that every plugin follows the plugins it names as
-// dependencies. The spelling of the name is deliberate and kept: the tests call it by
-// this name (tst_dependencysorting).
+// dependencies. The spelling of the name is deliberate and must stay: code outside
+// the controller's sources calls the function by this name.
 //
 // The result is that of a first-fit selection with swaps, not of a stable topological
 // sort: step by step, the nearest ready plugin behind the placed prefix is swapped to
@@ -25,9 +25,8 @@ namespace Zelvane {
 // no unplaced plugin is ready (missing dependency, cycle, self-dependency) the one
 // plugin at the boundary is removed and the rest stay behind the prefix in their
 // current order. Which plugin a host loses, and the load order of independent plugins,
-// depend on exactly this, so keep it: tst_dependencysorting's worked examples, its
-// comparison with the step-by-step form on random lists, and tst_loadplugins'
-// stuck-ordering scenario pin it.
+// depend on exactly this, so keep it: any list, including one whose ordering gets
+// stuck, must come out as the step-by-step form below would leave it.
 //
 // Done step by step, that selection searches the whole unplaced rest at every step
 // and the placed prefix at every readiness test: cubic in the worst listing order,

@@ -78,8 +78,8 @@ void LoadPlan::decide(QSettings* settings)
         return;
     }
     // Everything from here on reads the user's selection. Without a settings object
-    // loadPlugins() would crash the host, so it refuses instead; tst_rel_settings and
-    // tst_loadplugins pin the text.
+    // loadPlugins() would crash the host, so it refuses instead, with a text that tells
+    // the host author which call is missing.
     if (!settings) {
         m_error = QObject::tr("No settings object is set: call "
                               "PluginController::setSettings() before loadPlugins()");

@@ -34,8 +34,8 @@ struct DiscoveredFile
 // letter case, one the host set to QDir::Unsorted gives the file system's own order.
 // Within a category plugins appear in the reverse of the listing (see scanPlugins()),
 // and which of several Core plugins loads follows from it, so hosts see the choice
-// change if this changes. tst_plugindiscovery, tst_pluginsoptions and tst_loadplugins
-// pin it with file names that differ in letter case and in digit runs, both ways.
+// change if this changes, for file names that differ in letter case and in digit
+// runs, in either listing order; the order of pluginsOptions() follows from it too.
 //
 // visit(DiscoveredFile&) sees each file as soon as it is read, so a caller that keeps
 // only part of each record (pluginsOptions() keeps the options) never holds every

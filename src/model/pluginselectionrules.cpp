@@ -148,8 +148,8 @@ void PluginsModel::validate()
     // "core" in lower case on purpose, although rows are built from the key "Core":
     // with the rows the constructor builds this changes nothing, and hosts' saved
     // selections depend on that (several ticked core rows stay as the user left them).
-    // Keep both spellings: tst_pluginselectionrules' validateLeavesCoreKeyRowsAlone and
-    // validateTrimsLowerCaseCoreRun pin them.
+    // Keep both spellings: rows of category "Core" are left alone, and only a leading
+    // run of rows of category "core" is trimmed to one ticked row.
     const QString core = QStringLiteral("core");
     qsizetype runEnd = 0;
     while (runEnd < m_records.size() && m_records.at(runEnd).plugin.category() == core)

@@ -30,8 +30,9 @@ int PluginsModel::rowCount(const QModelIndex& parent) const
 {
     // A flat table that answers the same for every parent, on purpose; views only
     // ask about the root, and QML delegates and hosts' proxies may ask with any
-    // parent. tst_pluginsmodel's rowCountIgnoresItsParent pins it, and the model
-    // tester's two complaints about it are the only ones the tests accept.
+    // parent, so the count under a valid parent must stay the row count. A model
+    // tester complains about it twice; those two complaints are expected, any other
+    // is a real fault.
     Q_UNUSED(parent)
     return int(m_records.size());
 }
@@ -72,8 +73,8 @@ QVariant PluginsModel::data(const QModelIndex& index, int role) const
     }
     case Qt::CheckStateRole:
         // A plain int (0 or 2), not a Qt::CheckState, deliberately: QML delegates bind
-        // "checkedState" and compare it with numbers. tst_pluginsmodel's firstColumn
-        // pins the type.
+        // "checkedState" and compare it with numbers, so the variant's type must stay
+        // int.
         return record.checked ? int(Qt::Checked) : int(Qt::Unchecked);
     case NameRole:
         return record.plugin.name();

@@ -62,8 +62,7 @@ bool PluginData::extractPluginMetadata(const QMap<QString, QVariant>& metaData)
 
     // QVariant conversions on purpose: a number given as "Name" becomes its text, while
     // an array, an object or null becomes empty and is refused. Plugins in the field
-    // were accepted under these rules, so a stricter reader would drop them from hosts;
-    // tst_pluginmetadata's numberAsName and its metadata rows pin them.
+    // were accepted under these rules, so a stricter reader would drop them from hosts.
     name = metaData.value(QStringLiteral("Name")).toString();
     if (name.isEmpty()) {
         errorString = QObject::tr("The plugin \"%1\" has no name property in metadata")

@@ -72,7 +72,8 @@ bool PluginLoader::load(const QMap<QString, QString>& arguments)
     // A failure below leaves the library loaded on purpose: loadPlugins() keeps what
     // it loaded before a failure for the host's shutdown(), and unloading here would
     // delete the root object under a caller that may still hold it. The last handle to
-    // go unloads it. tst_pluginloader's rootObjectNotAnIPlugin and initializeFails pin it.
+    // go unloads it. This holds for a root object that is not an IPlugin and for an
+    // initialize() that fails alike.
     enterStep(*this, LoadStep::RootObject);
     auto* plugin = qobject_cast<IPlugin*>(d->instance());
     if (!plugin) {
@@ -155,8 +156,8 @@ bool PluginLoader::conflictsWith(const PluginLoader& other) const
 {
     // Left unimplemented deliberately: no host can rely on conflicts yet, and the
     // warning ("Unimplemented code.", one of the library's two log lines, which hosts'
-    // message handlers see) makes any caller visible. tst_pluginloader's
-    // conflictsWithWarns and tst_pluginlog pin the line.
+    // message handlers see) makes any caller visible, so the line is emitted on every
+    // call and its text stays exactly as it is.
     Q_UNUSED(other)
     logUnimplemented();
     return false;
