@@ -4,10 +4,12 @@
 #         -P docs/api/docs.cmake
 #
 # Reads every public header (include/zelvane/**, the components' included, and the
-# generated zelvane/zelvaneversion.h), the class and page descriptions of docs/api/*.dox
-# and the guides docs/*.md. Any Doxygen warning fails the run: a warning is a broken
-# reference or a description of something that does not exist. ./build.sh docs runs it
-# with qhelpgenerator; the test docs_reference (label package) without it.
+# generated zelvane/zelvaneversion.h), the documentation blocks of the library's sources
+# (the /*! */ blocks of src/**.cpp, which describe the core classes beside their code),
+# the pages of docs/api/*.dox and the guides docs/*.md. Any Doxygen warning fails the
+# run: a warning is a broken reference or a description of something that does not
+# exist. ./build.sh docs runs it with qhelpgenerator; the test docs_reference (label
+# package) without it.
 cmake_minimum_required(VERSION 3.21)
 
 foreach(variable SOURCE_DIR OUTPUT_DIR)
@@ -47,7 +49,45 @@ foreach(guide IN LISTS guides)
     file(WRITE "${WORK_DIR}/guides/${name}.md" "${text}")
 endforeach()
 
-set(INPUT "${SOURCE_DIR}/include/zelvane ${WORK_DIR}/include ${SOURCE_DIR}/docs/api ${WORK_DIR}/guides")
+# The reference of the core classes lives beside their definitions, in /*! */ blocks
+# that name what they describe (\class, \fn, \enum, ...), as qdoc keeps it; the frozen
+# headers keep their plain comments. Doxygen gets those blocks and nothing else of a
+# source file: were it to read the code, the internal classes and helpers of src/ would
+# join the reference. Each block stays on its own line number in a .dox file, so a
+# warning about it names the line of the source (see below). The .dox files sit in the
+# stripped work folder itself, so the reference's file list gains no folder.
+set(source_blocks "")
+file(GLOB_RECURSE sources RELATIVE "${SOURCE_DIR}/src" "${SOURCE_DIR}/src/*.cpp")
+foreach(source IN LISTS sources)
+    file(READ "${SOURCE_DIR}/src/${source}" text)
+    if(NOT text MATCHES "/\\*!")
+        continue()
+    endif()
+    set(blocks "")
+    while(TRUE)
+        string(FIND "${text}" "/*!" start)
+        if(start EQUAL -1)
+            break()
+        endif()
+        string(SUBSTRING "${text}" 0 ${start} code)
+        string(SUBSTRING "${text}" ${start} -1 text)
+        string(FIND "${text}" "*/" end)
+        if(end EQUAL -1)
+            message(FATAL_ERROR "src/${source}: a /*! block is never closed")
+        endif()
+        math(EXPR end "${end} + 2")
+        string(SUBSTRING "${text}" 0 ${end} block)
+        string(SUBSTRING "${text}" ${end} -1 text)
+        # The code between blocks leaves only its line breaks.
+        string(REGEX REPLACE "[^\n]" "" code "${code}")
+        string(APPEND blocks "${code}${block}")
+    endwhile()
+    string(REPLACE "/" "-" name "src/${source}")
+    file(WRITE "${WORK_DIR}/${name}.dox" "${blocks}\n")
+    string(APPEND source_blocks " ${WORK_DIR}/${name}.dox")
+endforeach()
+
+set(INPUT "${SOURCE_DIR}/include/zelvane ${WORK_DIR}/include${source_blocks} ${SOURCE_DIR}/docs/api ${WORK_DIR}/guides")
 if(QHELPGENERATOR)
     set(GENERATE_QHP YES)
 else()
@@ -63,6 +103,11 @@ if(NOT status EQUAL 0)
     message(FATAL_ERROR "doxygen failed (exit status ${status})")
 endif()
 file(READ "${OUTPUT_DIR}/warnings.log" warnings)
+# A warning about a documentation block names the source file it came from.
+foreach(source IN LISTS sources)
+    string(REPLACE "/" "-" name "src/${source}")
+    string(REPLACE "${WORK_DIR}/${name}.dox:" "${SOURCE_DIR}/src/${source}:" warnings "${warnings}")
+endforeach()
 if(NOT warnings STREQUAL "")
     message(FATAL_ERROR "Doxygen warnings:\n${warnings}")
 endif()

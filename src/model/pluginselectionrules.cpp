@@ -122,6 +122,13 @@ bool Toggler::spread(int row, bool checked)
     return true;
 }
 
+/*!
+ * \fn void Zelvane::PluginsModel::toggle(int row, bool checked)
+ * \brief Sets one row and spreads the change along dependencies and core exclusion,
+ * without notifying views or saving.
+ *
+ * row must be a valid row.
+ */
 void PluginsModel::toggle(int row, bool checked)
 {
     applyToggle(row, checked);
@@ -143,6 +150,10 @@ bool PluginsModel::applyToggle(int row, bool checked)
     return false;
 }
 
+/*!
+ * \fn void Zelvane::PluginsModel::validate()
+ * \brief Keeps a leading run of rows of category "core" to exactly one ticked row.
+ */
 void PluginsModel::validate()
 {
     // "core" in lower case on purpose, although rows are built from the key "Core":

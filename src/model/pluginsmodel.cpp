@@ -11,6 +11,61 @@
 
 namespace Zelvane {
 
+/*!
+ * \class Zelvane::PluginsModel
+ * \headerfile pluginsmodel.h <zelvane/PluginsModel>
+ * \brief The table behind a plugin settings screen.
+ *
+ * One row per discovered "Core" plugin, then one per "Extension" plugin; column 0 is
+ * the name with a check box, column 1 the description. Checked rows are bold, core
+ * rows italic.
+ *
+ * Ticking a plugin ticks what it depends on; clearing it clears what depends on it;
+ * ticking a core plugin clears the other core plugins, so the core rows act as one
+ * group of radio buttons, and a ticked core row cannot be cleared directly. Every
+ * accepted edit resets the model and is written to the settings at once under
+ * "plugin/<Name>"; it takes effect the next time the plugins are loaded.
+ *
+ * QML delegates bind to the roles "name", "description", "checked", "category",
+ * "checkedState" and "font". Use the model from the GUI thread only.
+ *
+ * \sa \ref plugin_selection "Plugin selection"
+ */
+
+/*!
+ * \enum Zelvane::PluginsModel::Roles
+ * \brief The model's own roles, beside Qt's; QML knows them by roleNames().
+ *
+ * \var Zelvane::PluginsModel::NameRole
+ * The plugin's name ("name").
+ * \var Zelvane::PluginsModel::DescriptionRole
+ * The plugin's description ("description").
+ * \var Zelvane::PluginsModel::CheckedRole
+ * Whether the row is ticked, as a bool ("checked").
+ * \var Zelvane::PluginsModel::CategoryRole
+ * "Core" or "Extension" ("category").
+ */
+
+/*!
+ * \struct Zelvane::PluginsModel::Record
+ * \brief One row of the model.
+ *
+ * \var Zelvane::PluginsModel::Record::checked
+ * Whether the row is ticked.
+ * \var Zelvane::PluginsModel::Record::core
+ * Whether the plugin is a "Core" plugin.
+ * \var Zelvane::PluginsModel::Record::plugin
+ * The plugin of the row.
+ */
+
+/*!
+ * \fn Zelvane::PluginsModel::PluginsModel(const QMultiMap<QString, PluginLoader>& plugins, QSettings* settings)
+ * \brief Rows are built from plugins.values("Core") and plugins.values("Extension");
+ * plugins of any other category get no row.
+ *
+ * settings must not be null and must outlive the model. Reads the stored selection;
+ * writes nothing. Hosts use the controller's model, PluginController::pluginsModel().
+ */
 PluginsModel::PluginsModel(const QMultiMap<QString, PluginLoader>& plugins, QSettings* settings)
     : QAbstractTableModel(nullptr)
     , m_settings(settings)
@@ -24,8 +79,16 @@ PluginsModel::PluginsModel(const QMultiMap<QString, PluginLoader>& plugins, QSet
     validate();
 }
 
+/*!
+ * \fn Zelvane::PluginsModel::~PluginsModel()
+ * \brief Destroys the model; the settings stay as the last accepted edit left them.
+ */
 PluginsModel::~PluginsModel() = default;
 
+/*!
+ * \fn int Zelvane::PluginsModel::rowCount(const QModelIndex& parent = QModelIndex()) const
+ * \brief The number of Core and Extension plugins; 0 under a valid parent.
+ */
 int PluginsModel::rowCount(const QModelIndex& parent) const
 {
     // A flat table that answers the same for every parent, on purpose; views only
@@ -37,17 +100,29 @@ int PluginsModel::rowCount(const QModelIndex& parent) const
     return int(m_records.size());
 }
 
+/*!
+ * \fn int Zelvane::PluginsModel::columnCount(const QModelIndex& parent = QModelIndex()) const
+ * \brief Two: the name with its check box, and the description.
+ */
 int PluginsModel::columnCount(const QModelIndex& parent) const
 {
     Q_UNUSED(parent)
     return 2;
 }
 
+/*!
+ * \fn bool Zelvane::PluginsModel::hasChildren(const QModelIndex& parent = QModelIndex()) const
+ * \brief Only the root has children: the model is a flat table.
+ */
 bool PluginsModel::hasChildren(const QModelIndex& parent) const
 {
     return !parent.isValid();
 }
 
+/*!
+ * \fn QVariant Zelvane::PluginsModel::data(const QModelIndex& index, int role = Qt::DisplayRole) const
+ * \brief The row's name, description, check state, category and font, by role.
+ */
 QVariant PluginsModel::data(const QModelIndex& index, int role) const
 {
     const int row = index.row();
@@ -89,6 +164,14 @@ QVariant PluginsModel::data(const QModelIndex& index, int role) const
     }
 }
 
+/*!
+ * \fn bool Zelvane::PluginsModel::setData(const QModelIndex& index, const QVariant& value, int role = Qt::EditRole)
+ * \brief Ticks or clears a row (role Qt::CheckStateRole or CheckedRole of any
+ * column), following the rules above, and saves the selection at once.
+ *
+ * False, and nothing changes, for another role, a row out of range, a ticked core row
+ * or a value that the row already has.
+ */
 bool PluginsModel::setData(const QModelIndex& index, const QVariant& value, int role)
 {
     if (role != CheckedRole && role != Qt::CheckStateRole)
@@ -117,6 +200,10 @@ bool PluginsModel::setData(const QModelIndex& index, const QVariant& value, int 
     return true;
 }
 
+/*!
+ * \fn QVariant Zelvane::PluginsModel::headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const
+ * \brief "Name" and "Description", translated, for the horizontal header.
+ */
 QVariant PluginsModel::headerData(int section, Qt::Orientation orientation, int role) const
 {
     if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
@@ -125,6 +212,11 @@ QVariant PluginsModel::headerData(int section, Qt::Orientation orientation, int 
     return section == 0 ? QObject::tr("Name") : QObject::tr("Description");
 }
 
+/*!
+ * \fn Qt::ItemFlags Zelvane::PluginsModel::flags(const QModelIndex& index) const
+ * \brief Every row is selectable, enabled and user-checkable, a ticked core row too
+ * (setData() refuses to clear it).
+ */
 Qt::ItemFlags PluginsModel::flags(const QModelIndex& index) const
 {
     const int row = index.row();
@@ -134,6 +226,11 @@ Qt::ItemFlags PluginsModel::flags(const QModelIndex& index) const
     return Qt::ItemIsSelectable | Qt::ItemIsUserCheckable | Qt::ItemIsEnabled;
 }
 
+/*!
+ * \fn QHash<int, QByteArray> Zelvane::PluginsModel::roleNames() const
+ * \brief Qt's role names and "name", "description", "checked", "category",
+ * "checkedState" and "font".
+ */
 QHash<int, QByteArray> PluginsModel::roleNames() const
 {
     return {
@@ -146,11 +243,19 @@ QHash<int, QByteArray> PluginsModel::roleNames() const
     };
 }
 
+/*!
+ * \fn bool Zelvane::PluginsModel::enabled(PluginLoader plugin)
+ * \brief The stored selection of one plugin, or its "Default" when none is stored.
+ */
 bool PluginsModel::enabled(PluginLoader plugin)
 {
     return isPluginEnabled(*m_settings, plugin);
 }
 
+/*!
+ * \fn void Zelvane::PluginsModel::save()
+ * \brief Writes every row's state to the settings and syncs them.
+ */
 void PluginsModel::save()
 {
     // Every row, changed or not, so the stored selection always matches the model.
