@@ -18,9 +18,12 @@ PluginsPage::PluginsPage(const QDir& pluginDir, const QString& selectedPlugin, Q
     // QML import path instead.
     engine()->addImportPath(QStringLiteral(ZELVANE_DEMO_QML_IMPORT_DIR));
     Zelvane::QmlPlugins::setDefaultPluginDirectory(pluginDir);
-    if (Zelvane::QmlPlugins* plugins = Zelvane::QmlPlugins::instance(engine()))
+    // The demo can restart itself: the page offers "Restart now".
+    if (Zelvane::QmlPlugins* plugins = Zelvane::QmlPlugins::instance(engine())) {
+        plugins->setRestartOffered(true);
         connect(plugins, &Zelvane::QmlPlugins::restartRequested, this,
                 &PluginsPage::restartRequested);
+    }
 
     // The page is the module's component as it stands: nothing of the demo's own.
     auto* component = new QQmlComponent(engine(), this);

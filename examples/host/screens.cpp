@@ -132,6 +132,8 @@ void Screens::showPluginsScreen()
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     if (!m_selectedPlugin.isEmpty())
         dialog->pluginsWidget()->setCurrentPlugin(m_selectedPlugin);
+    // The demo can restart itself: the notice offers "Restart now".
+    dialog->pluginsWidget()->setRestartOffered(true);
     connect(dialog, &Zelvane::PluginsDialog::restartRequested, this, &Screens::restart);
     dialog->open();
 }
@@ -173,6 +175,7 @@ bool Screens::screenshot(Screen screen, const QString& fileName, QString* error)
         if (!m_selectedPlugin.isEmpty())
             dialog.pluginsWidget()->setCurrentPlugin(m_selectedPlugin);
         // The notice's Restart now button shows as it does in the demo's window.
+        dialog.pluginsWidget()->setRestartOffered(true);
         connect(&dialog, &Zelvane::PluginsDialog::restartRequested, this, &Screens::restart);
         dialog.show();
         QCoreApplication::processEvents();

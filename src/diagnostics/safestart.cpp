@@ -1,20 +1,16 @@
 #include <zelvane/diagnostics/safestart.h>
 
+#include "diagnostics/trialwatch_p.h"
 #include "plugin/pluginnames_p.h"
-#include "trialwatch.h"
 
 #include <zelvane/plugincontroller.h>
 
+#include <QtCore/QCoreApplication>
+#include <QtCore/QDir>
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 #include <QtCore/QSaveFile>
 #include <QtCore/QSettings>
-
-#include <dlfcn.h>
-#include <signal.h>
-#include <unistd.h>
-
-#include <cerrno>
 
 namespace Zelvane {
 
@@ -29,26 +25,15 @@ public:
 
 namespace {
 
-// zelvane-trial, from the folder of this library: installed under libexec, or where
-// the build tree puts it.
+// zelvane-trial, from the folder of this library. The build tree puts the libraries and
+// the helper where an installation does, so the one relative path serves both, and no
+// path of the build machine is written into the library.
 QString defaultTrialProgram()
 {
-    Dl_info info;
-    if (!::dladdr(reinterpret_cast<void*>(&defaultTrialProgram), &info) || !info.dli_fname)
+    const QString folder = folderOfCode(reinterpret_cast<const void*>(&defaultTrialProgram));
+    if (folder.isEmpty())
         return QString();
-    const QString folder = QFileInfo(QFile::decodeName(info.dli_fname)).absolutePath();
-    return TrialWatch::findProgram(
-        folder,
-        { QStringLiteral(ZELVANE_TRIAL_FROM_LIBRARY), QStringLiteral(ZELVANE_TRIAL_BUILT) });
-}
-
-// Whether the process that wrote the mark still runs: then it is starting right now,
-// not dead.
-bool stillRunning(qint64 pid)
-{
-    if (pid <= 0 || pid == qint64(::getpid()))
-        return false;
-    return ::kill(pid_t(pid), 0) == 0 || errno == EPERM;
+    return TrialWatch::findProgram(folder, { QStringLiteral(ZELVANE_TRIAL_FROM_LIBRARY) });
 }
 
 } // namespace
@@ -71,7 +56,8 @@ bool SafeStart::previousStartFailed() const
     QFile mark(markFileName());
     if (!mark.open(QIODevice::ReadOnly))
         return false;
-    return !stillRunning(mark.readAll().trimmed().toLongLong());
+    // A mark whose process still runs belongs to a start in progress, not a dead one.
+    return !isOtherProcessRunning(mark.readAll().trimmed().toLongLong());
 }
 
 bool SafeStart::begin()
@@ -85,7 +71,7 @@ bool SafeStart::begin()
     QSaveFile mark(fileName);
     if (!mark.open(QIODevice::WriteOnly))
         return false;
-    mark.write(QByteArray::number(qint64(::getpid())) + '\n');
+    mark.write(QByteArray::number(QCoreApplication::applicationPid()) + '\n');
     return mark.commit();
 }
 

@@ -2,6 +2,8 @@
 
 // Internal to the library and its trial loader: never installed, never exported.
 
+#include <QtCore/qglobal.h>
+
 QT_BEGIN_NAMESPACE
 class QString;
 QT_END_NAMESPACE

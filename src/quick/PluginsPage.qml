@@ -21,9 +21,9 @@ Pane {
                                                      : Plugins.details[page.currentPlugin]
     readonly property string coreKey: Plugins.categories ? Plugins.categories.corePluginCategoryKey() : ""
     property bool resetting: false
-    // Whether the notice offers "Restart now": by default when the host listens to
-    // Plugins.restartRequested(); a page whose own restartRequested() is handled sets it.
-    property bool offerRestart: Plugins.canRestart()
+    // Whether the notice offers "Restart now": by default when the host offers a restart
+    // (Plugins.restartOffered); a page whose own restartRequested() is handled sets it.
+    property bool offerRestart: Plugins.restartOffered
 
     // The user asked to restart; Plugins.restartRequested() is emitted as well.
     signal restartRequested()

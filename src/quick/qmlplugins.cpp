@@ -1,11 +1,12 @@
 #include <zelvane/quick/qmlplugins.h>
 
+#include "diagnostics/pluginpresentation_p.h"
+
 #include <zelvane/diagnostics/loaddiagnostics.h>
 #include <zelvane/plugincontroller.h>
 #include <zelvane/pluginscaterogies.h>
 #include <zelvane/pluginsmodel.h>
 
-#include <QtCore/QMetaMethod>
 #include <QtCore/QPointer>
 #include <QtQml/QQmlEngine>
 
@@ -30,13 +31,10 @@ QVariantMap detailsOf(const PluginDiagnostic& plugin)
                                           { QStringLiteral("missing"), missing.contains(name) } });
     QVariantList options;
     const QList<QCommandLineOption> declared = plugin.options();
-    for (const QCommandLineOption& option : declared) {
-        QString synopsis = QStringLiteral("--") + option.names().constFirst();
-        if (!option.valueName().isEmpty())
-            synopsis += QStringLiteral(" <") + option.valueName() + QLatin1Char('>');
-        options.append(QVariantMap { { QStringLiteral("synopsis"), synopsis },
-                                     { QStringLiteral("description"), option.description() } });
-    }
+    for (const QCommandLineOption& option : declared)
+        options.append(
+            QVariantMap { { QStringLiteral("synopsis"), PluginPresentation::optionSynopsis(option) },
+                          { QStringLiteral("description"), option.description() } });
     QStringList problems;
     const QList<DependencyProblem> found = plugin.problems();
     for (const DependencyProblem& problem : found)
@@ -70,6 +68,7 @@ public:
     LoadDiagnostics diagnostics;
     QVariantMap details;
     QVariantList otherFiles;
+    bool restartOffered = false;
 };
 
 QmlPlugins::QmlPlugins(QObject* parent)
@@ -168,7 +167,7 @@ void QmlPlugins::refresh()
     }
     d->otherFiles.clear();
     for (const PluginDiagnostic& plugin : plugins) {
-        if (!plugin.isCore() && !plugin.isExtension())
+        if (PluginPresentation::isOtherFile(plugin))
             d->otherFiles.append(detailsOf(plugin));
     }
     Q_EMIT detailsChanged();
@@ -179,9 +178,22 @@ void QmlPlugins::requestRestart()
     Q_EMIT restartRequested();
 }
 
+bool QmlPlugins::isRestartOffered() const
+{
+    return d->restartOffered;
+}
+
+void QmlPlugins::setRestartOffered(bool offered)
+{
+    if (offered == d->restartOffered)
+        return;
+    d->restartOffered = offered;
+    Q_EMIT restartOfferedChanged();
+}
+
 bool QmlPlugins::canRestart() const
 {
-    return isSignalConnected(QMetaMethod::fromSignal(&QmlPlugins::restartRequested));
+    return d->restartOffered;
 }
 
 } // namespace Zelvane

@@ -2,7 +2,6 @@
 
 #include <zelvane/widgets/pluginswidget.h>
 
-#include <QtCore/QMetaMethod>
 #include <QtWidgets/QDialogButtonBox>
 #include <QtWidgets/QPushButton>
 #include <QtWidgets/QVBoxLayout>
@@ -18,6 +17,7 @@ PluginsDialog::PluginsDialog(QWidget* parent)
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
     buttons->button(QDialogButtonBox::Close)->setAccessibleName(tr("Close"));
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    connect(m_widget, &PluginsWidget::restartRequested, this, &PluginsDialog::restartRequested);
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(m_widget, 1);
     layout->addWidget(buttons);
@@ -37,13 +37,11 @@ PluginsWidget* PluginsDialog::pluginsWidget() const
     return m_widget;
 }
 
-// The widget offers its "Restart now" button only while someone listens; so the dialog
-// listens to it only once someone listens to the dialog.
+// Kept for hosts built against 1.0, whose code may call it; nothing depends on who is
+// connected any more.
 void PluginsDialog::connectNotify(const QMetaMethod& signal)
 {
-    if (signal == QMetaMethod::fromSignal(&PluginsDialog::restartRequested))
-        connect(m_widget, &PluginsWidget::restartRequested, this, &PluginsDialog::restartRequested,
-                Qt::UniqueConnection);
+    QDialog::connectNotify(signal);
 }
 
 } // namespace Zelvane

@@ -1,5 +1,8 @@
 #include <zelvane/widgets/pluginswidget.h>
 
+#include "diagnostics/pluginpresentation_p.h"
+#include "widgets/plugindetailsview_p.h"
+#include "widgets/pluginskeyrouter_p.h"
 #include "widgets/radiocheckstyle_p.h"
 
 #include <zelvane/diagnostics/loaddiagnostics.h>
@@ -8,10 +11,7 @@
 #include <zelvane/pluginscaterogies.h>
 #include <zelvane/pluginsmodel.h>
 
-#include <QtCore/QMetaMethod>
 #include <QtCore/QPointer>
-#include <QtGui/QKeyEvent>
-#include <QtWidgets/QApplication>
 #include <QtWidgets/QHBoxLayout>
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QLineEdit>
@@ -19,26 +19,13 @@
 #include <QtWidgets/QListWidget>
 #include <QtWidgets/QPushButton>
 #include <QtWidgets/QSplitter>
-#include <QtWidgets/QTextBrowser>
 #include <QtWidgets/QVBoxLayout>
 
 namespace Zelvane {
 
-namespace {
-
-QString escaped(const QString& text)
-{
-    return text.toHtmlEscaped();
-}
-
-QString paragraph(const QString& label, const QString& html)
-{
-    return QStringLiteral("<p><b>%1</b> %2</p>").arg(escaped(label), html);
-}
-
-} // namespace
-
-class PluginsWidgetPrivate : public QObject
+// The layout of the screen and what ties its parts together. The details pane and the
+// keyboard are classes of their own (PluginDetailsView, PluginsKeyRouter).
+class PluginsWidgetPrivate
 {
 public:
     explicit PluginsWidgetPrivate(PluginsWidget* widget);
@@ -50,9 +37,7 @@ public:
     void restoreCurrent();
     void updateOtherFiles();
     void updateNotice();
-    QString detailsHtml(const PluginDiagnostic& plugin) const;
     PluginDiagnostic diagnosticOfRow(int sourceRow) const;
-    bool eventFilter(QObject* watched, QEvent* event) override;
 
     PluginsWidget* q;
     QDir dir;
@@ -62,7 +47,7 @@ public:
     LoadDiagnostics diagnostics;
     PluginDiagnostic shown;
     bool restartNeeded = false;
-    int restartListeners = 0; // connections to restartRequested()
+    bool restartOffered = false;
 
     RadioCheckStyle* radioStyle;
     QLineEdit* filter;
@@ -74,21 +59,20 @@ public:
     QListView* extensionView;
     QLabel* otherLabel;
     QListWidget* otherView;
-    QTextBrowser* details;
+    PluginDetailsView* details;
     QWidget* notice;
     QLabel* noticeText;
     QPushButton* restartButton;
 };
 
 PluginsWidgetPrivate::PluginsWidgetPrivate(PluginsWidget* widget)
-    : QObject(widget)
-    , q(widget)
+    : q(widget)
     , radioStyle(new RadioCheckStyle)
 {
-    PluginsCaterogies categories(this);
-    coreModel = new PluginsFilterModel(this);
+    PluginsCaterogies categories(nullptr);
+    coreModel = new PluginsFilterModel(q);
     coreModel->setCategory(categories.corePluginCategoryKey());
-    extensionModel = new PluginsFilterModel(this);
+    extensionModel = new PluginsFilterModel(q);
     extensionModel->setCategory(categories.extensionPluginCategoryKey());
 
     filter = new QLineEdit(q);
@@ -96,7 +80,6 @@ PluginsWidgetPrivate::PluginsWidgetPrivate(PluginsWidget* widget)
     filter->setPlaceholderText(PluginsWidget::tr("Filter plugins"));
     filter->setAccessibleName(PluginsWidget::tr("Filter plugins"));
     filter->setClearButtonEnabled(true);
-    filter->installEventFilter(this);
 
     coreLabel = new QLabel(PluginsWidget::tr("&Core"), q);
     coreView = makeList(coreModel, PluginsWidget::tr("Core plugins"));
@@ -111,13 +94,12 @@ PluginsWidgetPrivate::PluginsWidgetPrivate(PluginsWidget* widget)
     otherView = new QListWidget(q);
     otherView->setObjectName(QStringLiteral("otherFiles"));
     otherView->setAccessibleName(PluginsWidget::tr("Other files of the plugin folder"));
-    otherView->installEventFilter(this);
     otherLabel->setBuddy(otherView);
+    auto* keys = new PluginsKeyRouter(
+        filter, coreView, extensionView, [this](const QModelIndex& index) { showRow(index); }, q);
+    keys->watch(otherView);
 
-    details = new QTextBrowser(q);
-    details->setObjectName(QStringLiteral("details"));
-    details->setAccessibleName(PluginsWidget::tr("Plugin details"));
-    details->setOpenLinks(false);
+    details = new PluginDetailsView(q);
 
     notice = new QWidget(q);
     notice->setObjectName(QStringLiteral("notice"));
@@ -160,23 +142,19 @@ PluginsWidgetPrivate::PluginsWidgetPrivate(PluginsWidget* widget)
     q->setTabOrder(otherView, details);
     q->setTabOrder(details, restartButton);
 
-    QObject::connect(filter, &QLineEdit::textChanged, this, [this](const QString& text) {
+    QObject::connect(filter, &QLineEdit::textChanged, q, [this](const QString& text) {
         coreModel->setFilterText(text);
         extensionModel->setFilterText(text);
         updateOtherFiles();
         restoreCurrent();
     });
-    QObject::connect(otherView, &QListWidget::currentItemChanged, this,
-                     [this](QListWidgetItem* item) {
-                         if (!item)
-                             return;
-                         const QString path = item->data(Qt::UserRole).toString();
-                         const QList<PluginDiagnostic> plugins = diagnostics.plugins();
-                         for (const PluginDiagnostic& plugin : plugins) {
-                             if (plugin.filePath() == path)
-                                 show(plugin);
-                         }
-                     });
+    QObject::connect(otherView, &QListWidget::currentItemChanged, q, [this](QListWidgetItem* item) {
+        const QList<PluginDiagnostic> plugins = diagnostics.plugins();
+        for (const PluginDiagnostic& plugin : plugins) {
+            if (item && plugin.filePath() == item->data(Qt::UserRole).toString())
+                show(plugin);
+        }
+    });
     updateOtherFiles();
     show(PluginDiagnostic());
     // A child made after the views goes after them: no view outlives its style.
@@ -191,21 +169,20 @@ QListView* PluginsWidgetPrivate::makeList(PluginsFilterModel* model, const QStri
     view->setSelectionMode(QAbstractItemView::SingleSelection);
     view->setEditTriggers(QAbstractItemView::NoEditTriggers);
     view->setUniformItemSizes(true);
-    view->installEventFilter(this);
-    QObject::connect(view->selectionModel(), &QItemSelectionModel::currentChanged, this,
+    QObject::connect(view->selectionModel(), &QItemSelectionModel::currentChanged, q,
                      [this](const QModelIndex& current) {
                          if (current.isValid())
                              showRow(current);
                      });
     // Every tick resets the model; the plugin that had the keyboard keeps it.
-    QObject::connect(model, &QAbstractItemModel::modelReset, this, [this] { restoreCurrent(); });
+    QObject::connect(model, &QAbstractItemModel::modelReset, q, [this] { restoreCurrent(); });
     return view;
 }
 
 void PluginsWidgetPrivate::setModel(PluginsModel* newModel)
 {
     if (model)
-        QObject::disconnect(model, nullptr, this, nullptr);
+        QObject::disconnect(model, nullptr, q, nullptr);
     model = newModel;
     coreModel->setSourceModel(newModel);
     extensionModel->setSourceModel(newModel);
@@ -214,7 +191,7 @@ void PluginsWidgetPrivate::setModel(PluginsModel* newModel)
         // Queued: the model saves after its reset.
         QObject::connect(newModel, &QAbstractItemModel::modelReset, q, &PluginsWidget::refresh,
                          Qt::QueuedConnection);
-        QObject::connect(newModel, &QObject::destroyed, this, [this] { setModel(nullptr); });
+        QObject::connect(newModel, &QObject::destroyed, q, [this] { setModel(nullptr); });
     }
     restoreCurrent();
 }
@@ -259,16 +236,12 @@ void PluginsWidgetPrivate::updateOtherFiles()
         ? otherView->currentItem()->data(Qt::UserRole).toString()
         : QString();
     otherView->clear();
-    const QString text = filter->text().trimmed();
     const QList<PluginDiagnostic> plugins = diagnostics.plugins();
     for (const PluginDiagnostic& plugin : plugins) {
-        if (plugin.isCore() || plugin.isExtension())
+        if (!PluginPresentation::isOtherFile(plugin)
+            || !PluginPresentation::matchesFilter(plugin, filter->text()))
             continue;
-        const QString label = plugin.name().isEmpty() ? plugin.fileName() : plugin.name();
-        if (!text.isEmpty() && !label.contains(text, Qt::CaseInsensitive)
-            && !plugin.description().contains(text, Qt::CaseInsensitive))
-            continue;
-        auto* item = new QListWidgetItem(label, otherView);
+        auto* item = new QListWidgetItem(PluginPresentation::title(plugin), otherView);
         item->setData(Qt::UserRole, plugin.filePath());
         item->setToolTip(plugin.stateText());
         if (plugin.filePath() == current)
@@ -282,7 +255,7 @@ void PluginsWidgetPrivate::updateNotice()
 {
     const bool needed = diagnostics.differsFromRunning();
     notice->setVisible(needed);
-    restartButton->setVisible(restartListeners > 0);
+    restartButton->setVisible(restartOffered);
     if (needed == restartNeeded)
         return;
     restartNeeded = needed;
@@ -293,118 +266,9 @@ void PluginsWidgetPrivate::show(const PluginDiagnostic& plugin)
 {
     const QString before = shown.name();
     shown = plugin;
-    details->setHtml(detailsHtml(plugin));
+    details->setPlugin(plugin);
     if (plugin.name() != before)
         Q_EMIT q->currentPluginChanged(plugin.name());
-}
-
-QString PluginsWidgetPrivate::detailsHtml(const PluginDiagnostic& plugin) const
-{
-    if (!plugin.isValid())
-        return QStringLiteral("<p>%1</p>")
-            .arg(escaped(PluginsWidget::tr("No plugin is selected.")));
-
-    QString html = QStringLiteral("<h3>%1</h3>")
-                       .arg(escaped(plugin.name().isEmpty() ? plugin.fileName() : plugin.name()));
-    if (!plugin.description().isEmpty())
-        html += QStringLiteral("<p>%1</p>").arg(escaped(plugin.description()));
-    html += paragraph(PluginsWidget::tr("State:"), escaped(plugin.stateText()));
-    const QList<DependencyProblem> problems = plugin.problems();
-    if (!problems.isEmpty()) {
-        html += QStringLiteral("<ul>");
-        for (const DependencyProblem& problem : problems)
-            html += QStringLiteral("<li>%1</li>").arg(escaped(problem.text()));
-        html += QStringLiteral("</ul>");
-    }
-    if (plugin.state() != PluginDiagnostic::State::Refused) {
-        QStringList needs;
-        const QStringList dependencies = plugin.dependencies();
-        const QStringList missing = plugin.missingDependencies();
-        for (const QString& dependency : dependencies) {
-            needs.append(missing.contains(dependency)
-                             ? PluginsWidget::tr("%1 (missing)").arg(dependency)
-                             : dependency);
-        }
-        const QString none = PluginsWidget::tr("nothing");
-        html += paragraph(PluginsWidget::tr("Needs:"),
-                          escaped(needs.isEmpty() ? none : needs.join(QStringLiteral(", "))));
-        const QStringList dependants = plugin.dependants();
-        html += paragraph(
-            PluginsWidget::tr("Needed by:"),
-            escaped(dependants.isEmpty() ? none : dependants.join(QStringLiteral(", "))));
-        const QList<QCommandLineOption> options = plugin.options();
-        if (!options.isEmpty()) {
-            html += QStringLiteral("<p><b>%1</b></p>")
-                        .arg(escaped(PluginsWidget::tr("Command-line options:")));
-            html += QStringLiteral("<ul>");
-            for (const QCommandLineOption& option : options) {
-                QString synopsis = QStringLiteral("--") + option.names().constFirst();
-                if (!option.valueName().isEmpty())
-                    synopsis += QStringLiteral(" <") + option.valueName() + QLatin1Char('>');
-                html += QStringLiteral("<li><code>%1</code> %2</li>")
-                            .arg(escaped(synopsis), escaped(option.description()));
-            }
-            html += QStringLiteral("</ul>");
-        }
-    }
-    html += paragraph(PluginsWidget::tr("File:"), escaped(plugin.filePath()));
-    return html;
-}
-
-bool PluginsWidgetPrivate::eventFilter(QObject* watched, QEvent* event)
-{
-    // A list that gets the keyboard shows its current plugin.
-    if (event->type() == QEvent::FocusIn && (watched == coreView || watched == extensionView)) {
-        const QModelIndex current = static_cast<QListView*>(watched)->currentIndex();
-        if (current.isValid())
-            showRow(current);
-        return false;
-    }
-    if (event->type() != QEvent::KeyPress)
-        return false;
-    auto* key = static_cast<QKeyEvent*>(event);
-    if (watched == filter) {
-        // Down leaves the filter for the first plugin shown.
-        if (key->key() != Qt::Key_Down)
-            return false;
-        QListView* target = coreModel->rowCount() > 0 ? coreView : extensionView;
-        target->setFocus(Qt::TabFocusReason);
-        if (!target->currentIndex().isValid() && target->model()->rowCount() > 0)
-            target->setCurrentIndex(target->model()->index(0, 0));
-        return true;
-    }
-
-    // Arrows go on from one list to the next.
-    auto* view = qobject_cast<QAbstractItemView*>(watched);
-    if (view && key->modifiers() == Qt::NoModifier) {
-        const int row = view->currentIndex().row();
-        const int last = view->model()->rowCount() - 1;
-        QAbstractItemView* next = nullptr;
-        if (key->key() == Qt::Key_Down && row == last && view == coreView)
-            next = extensionModel->rowCount() > 0 ? extensionView : nullptr;
-        else if (key->key() == Qt::Key_Up && row == 0 && view == extensionView)
-            next = coreModel->rowCount() > 0 ? coreView : nullptr;
-        else if (key->key() == Qt::Key_Up && row == 0 && view == coreView)
-            next = nullptr;
-        if (next) {
-            next->setFocus(Qt::TabFocusReason);
-            const int target = key->key() == Qt::Key_Down ? 0 : next->model()->rowCount() - 1;
-            next->setCurrentIndex(next->model()->index(target, 0));
-            // The row may have been current there already: show it all the same.
-            showRow(next->currentIndex());
-            return true;
-        }
-    }
-
-    // Typing a letter in a list filters: the text goes to the filter field.
-    const QString text = key->text();
-    if (text.isEmpty() || !text.at(0).isPrint() || text == QStringLiteral(" ")
-        || (key->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)))
-        return false;
-    filter->setFocus(Qt::OtherFocusReason);
-    filter->end(false);
-    QCoreApplication::sendEvent(filter, event);
-    return true;
 }
 
 PluginsWidget::PluginsWidget(QWidget* parent)
@@ -414,10 +278,14 @@ PluginsWidget::PluginsWidget(QWidget* parent)
     setAccessibleName(tr("Plugins"));
 }
 
-// The private object is a child as well; it goes first, with its connections.
+// Every connection of the screen's parts has this widget as its context; they go
+// before the private object, so that no part destroyed after it can reach it.
 PluginsWidget::~PluginsWidget()
 {
     d->setModel(nullptr);
+    const QList<QObject*> parts = findChildren<QObject*>();
+    for (QObject* part : parts)
+        disconnect(part, nullptr, this, nullptr);
 }
 
 QDir PluginsWidget::pluginDirectory() const
@@ -501,24 +369,30 @@ void PluginsWidget::refresh()
     d->restoreCurrent();
 }
 
-// The "Restart now" button is offered while someone listens to restartRequested().
+bool PluginsWidget::isRestartOffered() const
+{
+    return d->restartOffered;
+}
+
+void PluginsWidget::setRestartOffered(bool offered)
+{
+    if (offered == d->restartOffered)
+        return;
+    d->restartOffered = offered;
+    d->updateNotice();
+    Q_EMIT restartOfferedChanged(offered);
+}
+
+// Kept for hosts built against 1.0, whose code may call these: the "Restart now" button
+// no longer depends on who is connected, the host asks for it (restartOffered).
 void PluginsWidget::connectNotify(const QMetaMethod& signal)
 {
-    if (signal != QMetaMethod::fromSignal(&PluginsWidget::restartRequested))
-        return;
-    ++d->restartListeners;
-    d->updateNotice();
+    QWidget::connectNotify(signal);
 }
 
 void PluginsWidget::disconnectNotify(const QMetaMethod& signal)
 {
-    // An invalid signal: everything was disconnected at once, e.g. while destroyed.
-    if (!d
-        || (signal.isValid()
-            && signal != QMetaMethod::fromSignal(&PluginsWidget::restartRequested)))
-        return;
-    d->restartListeners = signal.isValid() ? qMax(0, d->restartListeners - 1) : 0;
-    d->updateNotice();
+    QWidget::disconnectNotify(signal);
 }
 
 } // namespace Zelvane

@@ -75,6 +75,13 @@ Item {
             compare(rows(), ["AltCore", "[Core]", "Viewer", "Storage"])
             tryCompare(Plugins, "restartNeeded", true)
             compare(child("notice").visible, true)
+            // "Restart now" waits for the host to offer a restart.
+            compare(child("restart").visible, false)
+            compare(Plugins.canRestart(), false)
+            Plugins.restartOffered = true
+            compare(child("restart").visible, true)
+            compare(Plugins.canRestart(), true)
+            Plugins.restartOffered = false
             compare(page.currentPlugin, "Storage")
             compare(child("detailsState").text,
                     "State: Loaded now; will not load at the next start: it is switched off.")

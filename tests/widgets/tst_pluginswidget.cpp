@@ -228,7 +228,14 @@ void tst_PluginsWidget::spaceTicksAndTheNoticeAppears()
     QVERIFY(screen.notice->isVisible());
     const QLabel* text = screen.notice->findChild<QLabel*>();
     QCOMPARE(text->text(), QStringLiteral("Changes apply at the next start."));
-    QVERIFY(screen.restart->isVisible()); // the spy listens
+    // The button waits for the host to offer a restart; listening is not offering.
+    QVERIFY(!screen.restart->isVisible());
+    QSignalSpy restartOffered(&screen.widget, &Zelvane::PluginsWidget::restartOfferedChanged);
+    screen.widget.setRestartOffered(true);
+    QCOMPARE(restartOffered.size(), 1);
+    QCOMPARE(screen.widget.isRestartOffered(), true);
+    QCOMPARE(screen.widget.property("restartOffered").toBool(), true);
+    QVERIFY(screen.restart->isVisible());
     QTest::mouseClick(screen.restart, Qt::LeftButton);
     QCOMPARE(restartRequested.size(), 1);
 
@@ -340,6 +347,8 @@ void tst_PluginsWidget::dialogClosesAndRelaysRestart()
     auto* restart = dialog.findChild<QPushButton*>(QStringLiteral("restart"));
     Q_EMIT dialog.pluginsWidget()->restartRequested();
     QCOMPARE(restartRequested.size(), 1);
+    QVERIFY(!restart->isVisibleTo(dialog.findChild<QWidget*>(QStringLiteral("notice"))));
+    dialog.pluginsWidget()->setRestartOffered(true);
     QVERIFY(restart->isVisibleTo(dialog.findChild<QWidget*>(QStringLiteral("notice"))));
 
     auto* close = dialog.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Close);
@@ -359,6 +368,7 @@ void tst_PluginsWidget::screenshot()
     scenario.configureController();
     QVERIFY(Zelvane::PluginController::instance()->loadPlugins(QDir(scenario.pluginDir())));
     Zelvane::PluginsDialog dialog(QDir(scenario.pluginDir()));
+    dialog.pluginsWidget()->setRestartOffered(true);
     connect(&dialog, &Zelvane::PluginsDialog::restartRequested, this, [] {});
     // Storage switched off after loading, and Viewer with it: the notice says that this
     // waits for the next start.

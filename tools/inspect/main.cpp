@@ -7,7 +7,7 @@
 #include "report.h"
 #include "timeline.h"
 #include "trialreport.h"
-#include "trialwatch.h"
+#include "diagnostics/trialwatch_p.h"
 
 #include <QtCore/QCommandLineParser>
 #include <QtCore/QCoreApplication>

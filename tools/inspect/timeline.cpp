@@ -1,7 +1,7 @@
 #include "timeline.h"
 
 #include "trialreport.h"
-#include "trialwatch.h"
+#include "diagnostics/trialwatch_p.h"
 
 #include <QtCore/QFileInfo>
 #include <QtGui/QFontMetrics>

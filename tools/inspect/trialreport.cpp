@@ -1,6 +1,6 @@
 #include "trialreport.h"
 
-#include "trialwatch.h"
+#include "diagnostics/trialwatch_p.h"
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QStringList>
@@ -11,19 +11,21 @@ namespace {
 
 using Zelvane::TrialPlugin;
 
-QString stepKey(TrialPlugin::Step step)
+QJsonValue stepKey(std::optional<Zelvane::LoadStep> step)
 {
-    switch (step) {
-    case TrialPlugin::Step::Library:
+    if (!step)
+        return QJsonValue();
+    switch (*step) {
+    case Zelvane::LoadStep::Library:
         return QStringLiteral("library");
-    case TrialPlugin::Step::RootObject:
+    case Zelvane::LoadStep::RootObject:
         return QStringLiteral("rootObject");
-    case TrialPlugin::Step::Initialize:
+    case Zelvane::LoadStep::Initialize:
         return QStringLiteral("initialize");
-    case TrialPlugin::Step::None:
+    case Zelvane::LoadStep::Finished:
         break;
     }
-    return QString();
+    return QJsonValue();
 }
 
 QString outcomeKey(TrialPlugin::Outcome outcome)
@@ -95,10 +97,7 @@ QJsonObject trialJson(const Zelvane::TrialReport& report)
                              { QStringLiteral("result"), outcomeKey(plugin.outcome) },
                              { QStringLiteral("text"), Zelvane::trialOutcomeText(plugin) },
                              { QStringLiteral("run"), plugin.run },
-                             { QStringLiteral("step"),
-                               plugin.step == TrialPlugin::Step::None
-                                   ? QJsonValue()
-                                   : QJsonValue(stepKey(plugin.step)) },
+                             { QStringLiteral("step"), stepKey(plugin.step) },
                              { QStringLiteral("libraryMs"), msOrNull(plugin.libraryUs()) },
                              { QStringLiteral("initializeMs"), msOrNull(plugin.initializeUs()) },
                              { QStringLiteral("startMs"), msOrNull(plugin.libraryStart) },

@@ -3,26 +3,19 @@
 // step as it is entered. When a plugin crashes, aborts, exits or hangs, the last line
 // written names the plugin and the step; the watcher supplies the cause.
 //
-// It is not meant to be run by hand. Its output is one compact JSON object per line,
-// written unbuffered to what was its standard output when it started:
-//   {"event":"hello","us":T}                             the process runs
-//   {"event":"plan","plugin":I,"name":N,"file":F}       one per plugin, in load order
-//   {"event":"dropped","name":N,"file":F}               selected, dropped by the ordering
-//   {"event":"start","us":T}                            loadPlugins() is called
-//   {"event":"step","plugin":I,"step":S,"us":T}         S: library, root, initialize
-//   {"event":"finished","plugin":I,"ok":B,"us":T[,"error":E]}
-//   {"event":"end","ok":B,"us":T[,"error":E]}           loadPlugins() returned
-// T is CLOCK_MONOTONIC in microseconds, the clock the watcher reads too, so that it can
-// time a step that never finished. Plugins' own output goes to standard error.
+// It is not meant to be run by hand. Its output is the trial protocol of
+// src/diagnostics/trialprotocol_p.h, written unbuffered to what was its standard output
+// when it started; plugins' own output goes to standard error.
 //
 // The plugins are loaded by PluginController::loadPlugins() itself: the selection, the
 // order and the loading are the library's own, and the steps come from the library's
-// load-step observer. This executable carries the library's code and exports its
-// classes, so a plugin binds to the controller and the IPlugin of this process.
+// load-step observer. Why this executable carries its own copy of the library is said
+// in its CMakeLists.txt.
 
 #include <zelvane/plugincontroller.h>
 
 #include "controller/loadplan_p.h"
+#include "diagnostics/trialprotocol_p.h"
 #include "plugin/loadsteps_p.h"
 #include "plugin/pluginnames_p.h"
 
@@ -39,10 +32,11 @@
 #include <sys/prctl.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <cstdio>
 
 namespace {
+
+using namespace Zelvane::TrialProtocol;
 
 int protocolFd = -1;
 int nextPlugin = 0; // the index, in load order, of the plugin whose load() runs next
@@ -50,9 +44,7 @@ int currentPlugin = -1;
 
 qint64 nowUs()
 {
-    return std::chrono::duration_cast<std::chrono::microseconds>(
-               std::chrono::steady_clock::now().time_since_epoch())
-        .count();
+    return trialClockUs();
 }
 
 // One line, written in one call: a line is complete or absent when the process dies.
@@ -77,36 +69,40 @@ void observeStep(const Zelvane::PluginLoader& plugin, Zelvane::LoadStep step)
     switch (step) {
     case Zelvane::LoadStep::Library:
         currentPlugin = nextPlugin++;
-        emitLine({ { QStringLiteral("event"), QStringLiteral("step") },
-                   { QStringLiteral("plugin"), currentPlugin },
-                   { QStringLiteral("step"), QStringLiteral("library") },
-                   { QStringLiteral("us"), double(us) } });
-        return;
+        Q_FALLTHROUGH();
     case Zelvane::LoadStep::RootObject:
     case Zelvane::LoadStep::Initialize:
-        emitLine({ { QStringLiteral("event"), QStringLiteral("step") },
-                   { QStringLiteral("plugin"), currentPlugin },
-                   { QStringLiteral("step"),
-                     step == Zelvane::LoadStep::RootObject ? QStringLiteral("root")
-                                                           : QStringLiteral("initialize") },
-                   { QStringLiteral("us"), double(us) } });
+        emitLine({ { eventKey, stepEvent },
+                   { pluginKey, currentPlugin },
+                   { stepKey, stepName(step) },
+                   { usKey, double(us) } });
         return;
     case Zelvane::LoadStep::Finished:
         break;
     }
     // The error text of a failed load is the one the controller takes over; a success
     // leaves an earlier text in place, so it is only read when load() failed.
-    QJsonObject finished { { QStringLiteral("event"), QStringLiteral("finished") },
-                           { QStringLiteral("plugin"), currentPlugin },
-                           { QStringLiteral("us"), double(us) } };
+    QJsonObject finished { { eventKey, finishedEvent },
+                           { pluginKey, currentPlugin },
+                           { usKey, double(us) } };
     const bool ok = plugin.loaded() && plugin.errorString().isEmpty();
-    finished.insert(QStringLiteral("ok"), ok);
+    finished.insert(okKey, ok);
     if (!ok)
-        finished.insert(QStringLiteral("error"), plugin.errorString());
+        finished.insert(errorKey, plugin.errorString());
     emitLine(finished);
 }
 
 } // namespace
+
+// A plugin that crashes is the expected case here, and the watcher tells a crash by the
+// signal that ends this process. Built with AddressSanitizer, the helper would catch a
+// SIGSEGV, report it and exit instead; this default (which ASAN_OPTIONS may still
+// override) lets the signal end the process as it does in a release build. Without the
+// sanitizer nothing calls it.
+extern "C" const char* __asan_default_options()
+{
+    return "handle_segv=0";
+}
 
 int main(int argc, char* argv[])
 {
@@ -123,8 +119,7 @@ int main(int argc, char* argv[])
         && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
-    emitLine({ { QStringLiteral("event"), QStringLiteral("hello") },
-               { QStringLiteral("us"), double(nowUs()) } });
+    emitLine({ { eventKey, helloEvent }, { usKey, double(nowUs()) } });
     // Refused files cost a debug line each in a host; the watcher reports them itself.
     QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
 
@@ -181,30 +176,27 @@ int main(int argc, char* argv[])
         const QList<int> order = plan.loadOrderFiles();
         for (int i = 0; i < order.size(); ++i) {
             const Zelvane::LoadPlan::File& file = files.at(order.at(i));
-            emitLine({ { QStringLiteral("event"), QStringLiteral("plan") },
-                       { QStringLiteral("plugin"), i },
-                       { QStringLiteral("name"), file.name },
-                       { QStringLiteral("file"), file.fileName } });
+            emitLine({ { eventKey, planEvent },
+                       { pluginKey, i },
+                       { nameKey, file.name },
+                       { fileKey, file.fileName } });
         }
         for (const Zelvane::LoadPlan::File& file : files) {
             if (file.fate == Zelvane::LoadPlan::Fate::Dropped)
-                emitLine({ { QStringLiteral("event"), QStringLiteral("dropped") },
-                           { QStringLiteral("name"), file.name },
-                           { QStringLiteral("file"), file.fileName } });
+                emitLine({ { eventKey, droppedEvent },
+                           { nameKey, file.name },
+                           { fileKey, file.fileName } });
         }
     }
 
     Zelvane::setLoadStepObserver(observeStep);
-    emitLine({ { QStringLiteral("event"), QStringLiteral("start") },
-               { QStringLiteral("us"), double(nowUs()) } });
+    emitLine({ { eventKey, startEvent }, { usKey, double(nowUs()) } });
     const bool ok = controller->loadPlugins(dir);
     const qint64 end = nowUs();
     Zelvane::setLoadStepObserver(nullptr);
-    QJsonObject last { { QStringLiteral("event"), QStringLiteral("end") },
-                       { QStringLiteral("ok"), ok },
-                       { QStringLiteral("us"), double(end) } };
+    QJsonObject last { { eventKey, endEvent }, { okKey, ok }, { usKey, double(end) } };
     if (!ok)
-        last.insert(QStringLiteral("error"), controller->errorString());
+        last.insert(errorKey, controller->errorString());
     emitLine(last);
 
     // What plugins do when they are unloaded is not part of the start-up: leave at

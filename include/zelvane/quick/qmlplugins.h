@@ -48,6 +48,8 @@ class ZELVANE_QUICK_EXPORT QmlPlugins : public QObject
     Q_PROPERTY(QVariantList otherFiles READ otherFiles NOTIFY detailsChanged)
     Q_PROPERTY(QStringList loadOrder READ loadOrder NOTIFY detailsChanged)
     Q_PROPERTY(bool restartNeeded READ isRestartNeeded NOTIFY detailsChanged)
+    Q_PROPERTY(bool restartOffered READ isRestartOffered WRITE setRestartOffered NOTIFY
+                   restartOfferedChanged)
 
 public:
     explicit QmlPlugins(QObject* parent = nullptr);
@@ -56,8 +58,8 @@ public:
     /// The folder that every Plugins singleton made from now on reads: the one the host
     /// hands to PluginController::loadPlugins().
     static void setDefaultPluginDirectory(const QDir& dir);
-    /// The singleton of engine, made if need be; for a host that connects to
-    /// restartRequested(). Null if the module is not available to the engine.
+    /// The singleton of engine, made if need be; for a host that offers a restart and
+    /// connects to restartRequested(). Null if the module is not available to the engine.
     static QmlPlugins* instance(QQmlEngine* engine);
 
     PluginsModel* model() const;
@@ -70,18 +72,23 @@ public:
     QVariantList otherFiles() const;
     QStringList loadOrder() const;
     bool isRestartNeeded() const;
+    /// Whether PluginsPage offers a "Restart now" button, which emits restartRequested().
+    /// Off by default: a host that can restart itself turns it on.
+    bool isRestartOffered() const;
+    void setRestartOffered(bool offered);
 
     /// Reads the model and the selection again; done by itself after every tick.
     Q_INVOKABLE void refresh();
     /// Emits restartRequested(): for the page's "Restart now" button.
     Q_INVOKABLE void requestRestart();
-    /// Whether anyone is connected to restartRequested(), i.e. a restart can be offered.
+    /// The same as restartOffered, for pages written before the property.
     Q_INVOKABLE bool canRestart() const;
 
 Q_SIGNALS:
     void modelChanged();
     void pluginDirectoryChanged();
     void detailsChanged();
+    void restartOfferedChanged();
     /// The user asked to restart the application, to apply the changes.
     void restartRequested();
 

@@ -12,7 +12,8 @@ class PluginsWidget;
 /// A PluginsWidget in a dialog with a Close button: a host's "Plugins..." window.
 ///
 /// Every tick is saved when it is made, so closing confirms nothing. The dialog repeats
-/// the widget's restartRequested(); the widget itself is pluginsWidget().
+/// the widget's restartRequested(); the widget itself is pluginsWidget(), whose
+/// restartOffered property shows the "Restart now" button.
 class ZELVANE_WIDGETS_EXPORT PluginsDialog : public QDialog
 {
     Q_OBJECT
@@ -29,6 +30,7 @@ Q_SIGNALS:
     void restartRequested();
 
 protected:
+    /// Does nothing beyond QDialog's; kept for binary compatibility.
     void connectNotify(const QMetaMethod& signal) override;
 
 private:

@@ -23,7 +23,7 @@ class PluginsWidgetPrivate;
 /// loaded now, loads at the next start, or will not load and why. Every tick goes
 /// through the model, so it follows the dependencies and is saved at once; when the saved
 /// selection differs from what is running, a notice says that changes apply at the next
-/// start, with a "Restart now" button while restartRequested() is connected.
+/// start, with a "Restart now" button when the host offers one (restartOffered).
 ///
 /// The explanations come from LoadDiagnostics over pluginDirectory(): the library's own
 /// load plan. Set the directory the host loads from, after loadPlugins(). Keyboard:
@@ -35,6 +35,8 @@ class ZELVANE_WIDGETS_EXPORT PluginsWidget : public QWidget
         QString currentPlugin READ currentPlugin WRITE setCurrentPlugin NOTIFY currentPluginChanged)
     Q_PROPERTY(QString filterText READ filterText WRITE setFilterText)
     Q_PROPERTY(bool restartNeeded READ isRestartNeeded NOTIFY restartNeededChanged)
+    Q_PROPERTY(bool restartOffered READ isRestartOffered WRITE setRestartOffered NOTIFY
+                   restartOfferedChanged)
 
 public:
     explicit PluginsWidget(QWidget* parent = nullptr);
@@ -59,6 +61,10 @@ public:
 
     /// Whether the saved selection differs from the plugins loaded now.
     bool isRestartNeeded() const;
+    /// Whether the notice offers a "Restart now" button, which emits restartRequested().
+    /// Off by default: a host that can restart itself turns it on.
+    bool isRestartOffered() const;
+    void setRestartOffered(bool offered);
     /// What the screen explains, as read after the last change.
     LoadDiagnostics diagnostics() const;
 
@@ -69,10 +75,12 @@ public Q_SLOTS:
 Q_SIGNALS:
     void currentPluginChanged(const QString& name);
     void restartNeededChanged(bool needed);
+    void restartOfferedChanged(bool offered);
     /// The user asked to restart the application, to apply the changes.
     void restartRequested();
 
 protected:
+    /// These do nothing beyond QWidget's; kept for binary compatibility.
     void connectNotify(const QMetaMethod& signal) override;
     void disconnectNotify(const QMetaMethod& signal) override;
 

@@ -1,16 +1,29 @@
 #pragma once
 
-// Internal to zelvane-inspect and the diagnostics library: never installed.
+//
+//  W A R N I N G
+//  -------------
+//
+// This file is not part of the Zelvane API. It is private API of the Diagnostics
+// component, exported for zelvane-inspect only, never installed, and may change from
+// version to version without notice, or even be removed.
+//
+
+#include "plugin/loadsteps_p.h"
+
+#include <zelvane/diagnostics/zelvane_diagnostics_export.h>
 
 #include <QtCore/QList>
 #include <QtCore/QMap>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
+#include <optional>
+
 namespace Zelvane {
 
 // What one plugin did when zelvane-trial loaded it as a host would.
-struct TrialPlugin
+struct ZELVANE_DIAGNOSTICS_EXPORT TrialPlugin
 {
     enum class Outcome {
         NotTried, // loading stopped at an earlier plugin
@@ -21,12 +34,10 @@ struct TrialPlugin
         TimedOut, // it made no progress within the timeout and was stopped
         Dropped, // left out by the dependency ordering once the culprits were switched off
     };
-    enum class Step { None, Library, RootObject, Initialize };
-
     QString name;
     QString file;
     Outcome outcome = Outcome::NotTried;
-    Step step = Step::None; // the last step it entered
+    std::optional<LoadStep> step; // the last step it entered; none before the first
     int signal = 0; // Crashed
     int exitCode = 0; // Exited
     QString error; // Failed
@@ -49,7 +60,7 @@ struct TrialPlugin
     qint64 initializeUs() const;
 };
 
-struct TrialReport
+struct ZELVANE_DIAGNOSTICS_EXPORT TrialReport
 {
     QList<TrialPlugin> plugins; // in the order in which loading first reached them
     QString error; // why the trial could not run, or why loadPlugins() loaded nothing
@@ -68,7 +79,7 @@ struct TrialReport
 // notices a death or a hang and names the plugin, the step and the cause. With
 // isolate, every plugin that cannot start is switched off (in a copy of the
 // settings) and the folder loaded again, until one run gets through.
-class TrialWatch
+class ZELVANE_DIAGNOSTICS_EXPORT TrialWatch
 {
 public:
     QString program; // zelvane-trial
@@ -87,10 +98,17 @@ public:
 };
 
 // "SIGSEGV (Segmentation fault)"
-QString signalText(int signal);
+ZELVANE_DIAGNOSTICS_EXPORT QString signalText(int signal);
+
+// The folder of the shared object or program that holds address: where a library finds
+// the helpers installed beside it. Empty when the dynamic loader cannot tell.
+QString folderOfCode(const void* address);
+
+// Whether a process with this identifier runs, other than this one.
+bool isOtherProcessRunning(qint64 pid);
 
 // What became of the plugin, as users read it: "started: library 0.41 ms, initialize
 // 0.02 ms", "crashed in initialize(): signal SIGSEGV (Segmentation fault)", ...
-QString trialOutcomeText(const TrialPlugin& plugin);
+ZELVANE_DIAGNOSTICS_EXPORT QString trialOutcomeText(const TrialPlugin& plugin);
 
 } // namespace Zelvane

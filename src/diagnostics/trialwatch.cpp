@@ -1,4 +1,6 @@
-#include "trialwatch.h"
+#include "diagnostics/trialwatch_p.h"
+
+#include "diagnostics/trialprotocol_p.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
@@ -9,19 +11,16 @@
 #include <QtCore/QSet>
 
 #include <algorithm>
-#include <chrono>
-#include <cstring>
-#include <signal.h>
 
 namespace Zelvane {
 
 namespace {
 
+using namespace TrialProtocol;
+
 qint64 nowUs()
 {
-    return std::chrono::duration_cast<std::chrono::microseconds>(
-               std::chrono::steady_clock::now().time_since_epoch())
-        .count();
+    return trialClockUs();
 }
 
 // One run of the child: the plan it announced and what each plugin of it did.
@@ -35,15 +34,6 @@ struct Run
     QString endError;
     QString failure; // the child itself could not run
 };
-
-TrialPlugin::Step stepOf(const QString& text)
-{
-    if (text == QLatin1String("library"))
-        return TrialPlugin::Step::Library;
-    if (text == QLatin1String("root"))
-        return TrialPlugin::Step::RootObject;
-    return TrialPlugin::Step::Initialize;
-}
 
 class RunWatch
 {
@@ -60,7 +50,7 @@ private:
     void handle(const QJsonObject& event);
     qint64 relative(const QJsonObject& event) const
     {
-        return qint64(event.value(QStringLiteral("us")).toDouble()) - m_run.startUs;
+        return qint64(event.value(usKey).toDouble()) - m_run.startUs;
     }
     TrialPlugin* current()
     {
@@ -76,55 +66,58 @@ private:
 
 void RunWatch::handle(const QJsonObject& event)
 {
-    const QString type = event.value(QStringLiteral("event")).toString();
-    if (type == QLatin1String("plan")) {
+    const QString type = event.value(eventKey).toString();
+    if (type == planEvent) {
         TrialPlugin plugin;
-        plugin.name = event.value(QStringLiteral("name")).toString();
-        plugin.file = event.value(QStringLiteral("file")).toString();
+        plugin.name = event.value(nameKey).toString();
+        plugin.file = event.value(fileKey).toString();
         m_run.plan.append(plugin);
-    } else if (type == QLatin1String("dropped")) {
+    } else if (type == droppedEvent) {
         TrialPlugin plugin;
-        plugin.name = event.value(QStringLiteral("name")).toString();
-        plugin.file = event.value(QStringLiteral("file")).toString();
+        plugin.name = event.value(nameKey).toString();
+        plugin.file = event.value(fileKey).toString();
         plugin.outcome = TrialPlugin::Outcome::Dropped;
         m_run.dropped.append(plugin);
-    } else if (type == QLatin1String("start")) {
-        m_run.startUs = qint64(event.value(QStringLiteral("us")).toDouble());
-    } else if (type == QLatin1String("step")) {
-        m_current = event.value(QStringLiteral("plugin")).toInt();
+    } else if (type == startEvent) {
+        m_run.startUs = qint64(event.value(usKey).toDouble());
+    } else if (type == stepEvent) {
+        m_current = event.value(pluginKey).toInt();
         TrialPlugin* plugin = current();
         if (!plugin)
             return;
-        const TrialPlugin::Step step = stepOf(event.value(QStringLiteral("step")).toString());
+        // A step this side does not know counts as the last one before finishing.
+        const LoadStep step
+            = stepFromName(event.value(stepKey).toString()).value_or(LoadStep::Initialize);
         plugin->step = step;
         const qint64 at = relative(event);
         switch (step) {
-        case TrialPlugin::Step::Library:
+        case LoadStep::Library:
             plugin->libraryStart = at;
             m_progress = true;
             break;
-        case TrialPlugin::Step::RootObject:
+        case LoadStep::RootObject:
             plugin->rootObjectStart = at;
             break;
-        default:
+        case LoadStep::Initialize:
+        case LoadStep::Finished:
             plugin->initializeStart = at;
             break;
         }
-    } else if (type == QLatin1String("finished")) {
+    } else if (type == finishedEvent) {
         TrialPlugin* plugin = current();
         if (!plugin)
             return;
         plugin->end = relative(event);
-        if (event.value(QStringLiteral("ok")).toBool()) {
+        if (event.value(okKey).toBool()) {
             plugin->outcome = TrialPlugin::Outcome::Started;
         } else {
             plugin->outcome = TrialPlugin::Outcome::Failed;
-            plugin->error = event.value(QStringLiteral("error")).toString();
+            plugin->error = event.value(errorKey).toString();
         }
-    } else if (type == QLatin1String("end")) {
+    } else if (type == endEvent) {
         m_run.ended = true;
-        m_run.endedOk = event.value(QStringLiteral("ok")).toBool();
-        m_run.endError = event.value(QStringLiteral("error")).toString();
+        m_run.endedOk = event.value(okKey).toBool();
+        m_run.endError = event.value(errorKey).toString();
     }
 }
 
@@ -214,16 +207,18 @@ QString milliseconds(qint64 us)
     return QString::number(double(us) / 1000.0, 'f', 2);
 }
 
-QString stepPhrase(TrialPlugin::Step step)
+QString stepPhrase(std::optional<LoadStep> step)
 {
-    switch (step) {
-    case TrialPlugin::Step::Library:
+    if (!step)
+        return QString();
+    switch (*step) {
+    case LoadStep::Library:
         return QObject::tr("while loading the library");
-    case TrialPlugin::Step::RootObject:
+    case LoadStep::RootObject:
         return QObject::tr("while creating the root object");
-    case TrialPlugin::Step::Initialize:
+    case LoadStep::Initialize:
         return QObject::tr("in initialize()");
-    case TrialPlugin::Step::None:
+    case LoadStep::Finished:
         break;
     }
     return QString();
@@ -364,14 +359,6 @@ QString TrialWatch::findProgram(const QString& fromFolder, const QStringList& re
             return candidate.absoluteFilePath();
     }
     return QString();
-}
-
-QString signalText(int signal)
-{
-    const char* abbreviation = sigabbrev_np(signal);
-    const QString name = abbreviation ? QStringLiteral("SIG") + QString::fromLatin1(abbreviation)
-                                      : QString::number(signal);
-    return QStringLiteral("%1 (%2)").arg(name, QString::fromLocal8Bit(strsignal(signal)));
 }
 
 } // namespace Zelvane

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <zelvane/diagnostics/plugindiagnostic.h>
+
+#include <QtWidgets/QTextBrowser>
+
+namespace Zelvane {
+
+// The details pane of PluginsWidget: one plugin of the folder as rich text, its
+// description, its state now and at the next start, what it needs and what needs it,
+// the options it declares and its file.
+class PluginDetailsView : public QTextBrowser
+{
+    Q_OBJECT
+
+public:
+    explicit PluginDetailsView(QWidget* parent = nullptr);
+
+    PluginDiagnostic plugin() const { return m_plugin; }
+    // An invalid plugin shows that none is selected.
+    void setPlugin(const PluginDiagnostic& plugin);
+
+    static QString html(const PluginDiagnostic& plugin);
+
+private:
+    PluginDiagnostic m_plugin;
+};
+
+} // namespace Zelvane
