@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Zelvane's entry point on a fresh Debian 12 machine: installs what is missing, then
-# builds the presets and targets of CMakePresets.json, which hold every build step.
+# builds the presets and targets of CMakePresets.json, which hold every build step, and
+# calls the scripts of packaging/ for the Debian packages.
 #
 #   ./build.sh test [--sanitize|--tsan] [CTEST OPTIONS]   everything, then the tests
 #           (e.g. -L unit): in build/, under ASan, LSan and UBSan in build-sanitize/ or
@@ -10,8 +11,8 @@
 #   ./build.sh bench [--quick] [OPTIONS]   start-up figures against raw Qt, with a CSV
 #                                 and a scaling plot in build/bench-results/
 #   ./build.sh package [--check]  Debian packages in build-package/packages, lintian;
-#           --check builds the README's host and plugin against them (and against them
-#           installed in a debootstrapped root ZELVANE_CLEAN_ROOT=DIR)
+#           --check builds the README's host and plugin against them (and, with
+#           ZELVANE_CLEAN_ROOT=DIR, against them installed in a debootstrapped root)
 #   ./build.sh docs               the API reference in build-docs/ (HTML and .qch)
 set -euo pipefail
 
