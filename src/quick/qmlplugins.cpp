@@ -32,9 +32,9 @@ QVariantMap detailsOf(const PluginDiagnostic& plugin)
     QVariantList options;
     const QList<QCommandLineOption> declared = plugin.options();
     for (const QCommandLineOption& option : declared)
-        options.append(
-            QVariantMap { { QStringLiteral("synopsis"), PluginPresentation::optionSynopsis(option) },
-                          { QStringLiteral("description"), option.description() } });
+        options.append(QVariantMap {
+            { QStringLiteral("synopsis"), PluginPresentation::optionSynopsis(option) },
+            { QStringLiteral("description"), option.description() } });
     QStringList problems;
     const QList<DependencyProblem> found = plugin.problems();
     for (const DependencyProblem& problem : found)

@@ -40,7 +40,8 @@ void PluginDetailsView::setPlugin(const PluginDiagnostic& plugin)
 QString PluginDetailsView::html(const PluginDiagnostic& plugin)
 {
     if (!plugin.isValid())
-        return QStringLiteral("<p>%1</p>").arg(escaped(PluginsWidget::tr("No plugin is selected.")));
+        return QStringLiteral("<p>%1</p>")
+            .arg(escaped(PluginsWidget::tr("No plugin is selected.")));
 
     QString html = QStringLiteral("<h3>%1</h3>").arg(escaped(PluginPresentation::title(plugin)));
     if (!plugin.description().isEmpty())
@@ -58,18 +59,20 @@ QString PluginDetailsView::html(const PluginDiagnostic& plugin)
         const QStringList dependencies = plugin.dependencies();
         const QStringList missing = plugin.missingDependencies();
         for (const QString& dependency : dependencies)
-            needs.append(missing.contains(dependency) ? PluginsWidget::tr("%1 (missing)").arg(dependency)
-                                                      : dependency);
+            needs.append(missing.contains(dependency)
+                             ? PluginsWidget::tr("%1 (missing)").arg(dependency)
+                             : dependency);
         const QString none = PluginsWidget::tr("nothing");
         html += paragraph(PluginsWidget::tr("Needs:"),
                           escaped(needs.isEmpty() ? none : needs.join(QStringLiteral(", "))));
         const QStringList dependants = plugin.dependants();
-        html += paragraph(PluginsWidget::tr("Needed by:"),
-                          escaped(dependants.isEmpty() ? none
-                                                       : dependants.join(QStringLiteral(", "))));
+        html += paragraph(
+            PluginsWidget::tr("Needed by:"),
+            escaped(dependants.isEmpty() ? none : dependants.join(QStringLiteral(", "))));
         const QList<QCommandLineOption> options = plugin.options();
         if (!options.isEmpty()) {
-            html += QStringLiteral("<p><b>%1</b></p>").arg(escaped(PluginsWidget::tr("Command-line options:")));
+            html += QStringLiteral("<p><b>%1</b></p>")
+                        .arg(escaped(PluginsWidget::tr("Command-line options:")));
             html += QStringLiteral("<ul>");
             for (const QCommandLineOption& option : options)
                 html += QStringLiteral("<li><code>%1</code> %2</li>")

@@ -7,8 +7,8 @@
 
 namespace Zelvane {
 
-PluginsKeyRouter::PluginsKeyRouter(QLineEdit* filter, QListView* coreView,
-                                   QListView* extensionView, ShowRow showRow, QObject* parent)
+PluginsKeyRouter::PluginsKeyRouter(QLineEdit* filter, QListView* coreView, QListView* extensionView,
+                                   ShowRow showRow, QObject* parent)
     : QObject(parent)
     , m_filter(filter)
     , m_coreView(coreView)
@@ -28,8 +28,7 @@ void PluginsKeyRouter::watch(QObject* view)
 bool PluginsKeyRouter::eventFilter(QObject* watched, QEvent* event)
 {
     // A list that gets the keyboard shows its current plugin.
-    if (event->type() == QEvent::FocusIn
-        && (watched == m_coreView || watched == m_extensionView)) {
+    if (event->type() == QEvent::FocusIn && (watched == m_coreView || watched == m_extensionView)) {
         const QModelIndex current = static_cast<QListView*>(watched)->currentIndex();
         if (current.isValid())
             m_showRow(current);

@@ -9,9 +9,9 @@
 #include "zelvanetest.h"
 
 #include <QtCore/QDir>
+#include <QtCore/QRegularExpression>
 #include <QtCore/QSettings>
 #include <QtCore/QTemporaryDir>
-#include <QtCore/QRegularExpression>
 #include <QtTest/QTest>
 
 #include <algorithm>
@@ -56,7 +56,8 @@ QStringList describe(const Zelvane::TrialReport& report)
 Zelvane::TrialWatch watchOver(const QString& folder)
 {
     Zelvane::TrialWatch watch;
-    watch.program = QDir(QStringLiteral(ZELVANE_TRIAL_DIR)).filePath(QStringLiteral("zelvane-trial"));
+    watch.program
+        = QDir(QStringLiteral(ZELVANE_TRIAL_DIR)).filePath(QStringLiteral("zelvane-trial"));
     watch.directory = folder;
     watch.iid = QStringLiteral(ZELVANE_TEST_IID);
     watch.timeoutSeconds = 2;
@@ -176,9 +177,10 @@ void tst_TrialWatch::isolateSwitchesOffEachCulpritInTurn()
 void tst_TrialWatch::settingsOfTheHostAreReadNotWritten()
 {
     QTemporaryDir folder;
-    QVERIFY(ZelvaneTest::copyPlugins(folder.path(),
-                                     { QStringLiteral("zt_core"), QStringLiteral("zt_storage"),
-                                       QStringLiteral("zt_viewer"), QStringLiteral("zt_trial_segv") }));
+    QVERIFY(
+        ZelvaneTest::copyPlugins(folder.path(),
+                                 { QStringLiteral("zt_core"), QStringLiteral("zt_storage"),
+                                   QStringLiteral("zt_viewer"), QStringLiteral("zt_trial_segv") }));
     QTemporaryDir settingsFolder;
     const QString settingsFile = settingsFolder.filePath(QStringLiteral("host.ini"));
     {
@@ -197,7 +199,8 @@ void tst_TrialWatch::settingsOfTheHostAreReadNotWritten()
                                            "initialize(): The plugin \"Viewer\" failed to "
                                            "initialize. Error: \"no screen\"") }));
     QCOMPARE(report.culprits(), QStringList { QStringLiteral("Viewer") });
-    QCOMPARE(ZelvaneTest::storedSelection(settingsFile), QStringList { QStringLiteral("Segv=false") });
+    QCOMPARE(ZelvaneTest::storedSelection(settingsFile),
+             QStringList { QStringLiteral("Segv=false") });
 }
 
 void tst_TrialWatch::helperThatCannotStart()
