@@ -67,41 +67,44 @@ const QLatin1String dependenciesKey("Dependencies");
 const QLatin1String defaultKey("Default");
 const QLatin1String descriptionKey("Description");
 
+// The text that QVariant::toString() gives for a value held as QJsonValue::toVariant()
+// holds it. An array or an object (a QVariantList, a QVariantMap) has no text, so it is
+// not converted at all; a number, a boolean or null goes through its QVariant.
+QString variantText(const QJsonValue& value)
+{
+    if (value.isString())
+        return value.toString();
+    if (value.isUndefined() || value.isArray() || value.isObject())
+        return QString();
+    return value.toVariant().toString();
+}
+
 // The keys as QJsonObject::toVariantMap() hands them over, read from the JSON object
 // itself: whatever else the plugin's author put there (licence texts, URLs, objects
-// of another host's format) is never converted. The types that plugins normally use
-// are answered directly; any other value goes through its own QVariant, which is the
-// very entry toVariantMap() would have made for it, so a number, a null or a mixed
-// array converts exactly as it always did.
+// of another host's format) is never converted, and neither are the parts of the five
+// keys that the QVariant conversions would throw away.
 struct JsonKeys
 {
     const QJsonObject& object;
 
     bool isEmpty() const { return object.isEmpty(); }
 
-    QString string(QLatin1String key) const
-    {
-        const QJsonValue value = object.value(key);
-        if (value.isString())
-            return value.toString();
-        return value.isUndefined() ? QString() : value.toVariant().toString();
-    }
+    QString string(QLatin1String key) const { return variantText(object.value(key)); }
 
+    // A QVariantList converts element by element with toString(); any other value
+    // through its own QVariant, where an object gives no list.
     QStringList stringList(QLatin1String key) const
     {
         const QJsonValue value = object.value(key);
-        if (value.isUndefined())
+        if (value.isUndefined() || value.isObject())
             return QStringList();
         if (!value.isArray())
             return value.toVariant().toStringList();
         const QJsonArray array = value.toArray();
         QStringList list;
         list.reserve(array.size());
-        for (const QJsonValue& element : array) {
-            if (!element.isString())
-                return value.toVariant().toStringList();
-            list.append(element.toString());
-        }
+        for (const QJsonValue& element : array)
+            list.append(variantText(element));
         return list;
     }
 
