@@ -6,10 +6,12 @@
 class PluginFactory;
 
 // One figure of the benchmark: a piece of work the library does, and where one exists
-// the same work done with raw Qt (the "raw" arm). Each repetition runs in a child
+// the same work done with raw Qt (the "raw" arm). Each cold repetition runs in a child
 // process of its own, since the controller is a process-wide singleton that loads
 // plugins once; the child runs both arms, in an order that alternates from one
-// repetition to the next, and prints what it measured.
+// repetition to the next, and prints what it measured. The start-up figures are also
+// measured warm: every repetition in one process, the libraries and Qt's metadata
+// already read once, so that what is left is each arm's own work over the same Qt state.
 struct Figure
 {
     enum class Kind {
@@ -20,7 +22,9 @@ struct Figure
         Model, // building a PluginsModel against a QStandardItemModel of check boxes
         Tick, // one tick that spreads along a chain, with the settings write
     };
-    enum class Layout { Flat, Chain, ReverseChain };
+    // Rich: like Flat, but every Extension carries the metadata of a real plugin written
+    // for another host (licence texts, URLs, vendor keys, dependency objects).
+    enum class Layout { Flat, Chain, ReverseChain, Rich };
 
     QString key; // names the figure in the CSV files and on the command line
     QString title;
@@ -34,6 +38,9 @@ struct Figure
     {
         return kind == Kind::Memory ? QStringLiteral("MB") : QStringLiteral("ms");
     }
+    // Whether the figure is also measured warm: the start-up work, whose Qt calls read
+    // files and map libraries that a second run in the same process finds ready.
+    bool hasWarm() const { return kind == Kind::Options || kind == Kind::Load; }
 };
 
 QList<Figure> figures(bool quick);
@@ -45,4 +52,8 @@ void prepareFigure(const Figure& figure, const PluginFactory& factory, const QSt
 // Runs one repetition in this process and returns what was measured: nanoseconds or,
 // for memory, bytes. arm is "both" (library first when rep is even) or, for memory
 // figures, "lib" or "raw" alone, since a process's peak can only be read once.
-QList<double> runFigure(const Figure& figure, const QString& dir, int rep, const QString& arm);
+//
+// arm "warm" runs each arm once unmeasured, then warmRepetitions of both, alternating
+// which goes first, and returns library, raw, library, raw, ... in nanoseconds.
+QList<double> runFigure(const Figure& figure, const QString& dir, int rep, const QString& arm,
+                        int warmRepetitions = 0);

@@ -3,7 +3,9 @@
 //   zelvane-bench [--quick] [--repetitions N] [--only REGEX] [--output DIR]
 //
 // Prints one line per figure: the median and minimum of each arm over the
-// repetitions and the median of the per-repetition ratios (library / raw Qt).
+// repetitions and the median of the per-repetition ratios (library / raw Qt). The
+// start-up figures get a second line, warm: the same repetitions run in one process
+// after one unmeasured run of each arm, the arms interleaved.
 // Writes DIR/figures.csv (every repetition), DIR/summary.csv and DIR/scaling.png.
 
 #include "figures.h"
@@ -33,6 +35,10 @@ struct Result
     QList<double> lib; // ms, or MB for memory
     QList<double> raw;
     QList<double> ratios;
+    // The warm repetitions: all in one process, each arm run once unmeasured before.
+    QList<double> warmLib;
+    QList<double> warmRaw;
+    QList<double> warmRatios;
 
     double ratio() const
     {
@@ -52,7 +58,7 @@ QTextStream& out()
 
 // One repetition of a figure in a child process; returns the numbers it printed.
 QList<double> runChild(const Figure& figure, const QString& dir, int rep, const QString& arm,
-                       bool quick)
+                       bool quick, int warmRepetitions = 0)
 {
     QProcess child;
     child.setProcessChannelMode(QProcess::ForwardedErrorChannel);
@@ -62,6 +68,8 @@ QList<double> runChild(const Figure& figure, const QString& dir, int rep, const 
                             QStringLiteral("--arm"),   arm };
     if (quick)
         arguments.append(QStringLiteral("--quick"));
+    if (warmRepetitions > 0)
+        arguments << QStringLiteral("--repetitions") << QString::number(warmRepetitions);
     child.start(QCoreApplication::applicationFilePath(), arguments);
     if (!child.waitForFinished(-1) || child.exitStatus() != QProcess::NormalExit
         || child.exitCode() != 0) {
@@ -103,6 +111,17 @@ void printResult(const Result& result)
                     .arg(result.ratio(), 0, 'f', 3);
     }
     out() << line << Qt::endl;
+    if (result.warmLib.isEmpty())
+        return;
+    out() << QStringLiteral("%1 %2  library %3 (min %4)  raw Qt %5 (min %6)  ratio %7")
+                 .arg(QStringLiteral("  warm, one process"), -62)
+                 .arg(QString(), 0)
+                 .arg(formatValue(median(result.warmLib), unit))
+                 .arg(formatValue(minimum(result.warmLib), unit).trimmed())
+                 .arg(formatValue(median(result.warmRaw), unit))
+                 .arg(formatValue(minimum(result.warmRaw), unit).trimmed())
+                 .arg(median(result.warmRatios), 0, 'f', 3)
+          << Qt::endl;
 }
 
 void writeCsv(const QString& dir, const QList<Result>& results)
@@ -116,7 +135,8 @@ void writeCsv(const QString& dir, const QList<Result>& results)
     QTextStream summaryStream(&summary);
     allStream << "figure,plugins,arm,repetition,value,unit\n";
     summaryStream << "figure,title,plugins,unit,library_median,library_min,baseline_median,"
-                     "baseline_min,ratio,baseline\n";
+                     "baseline_min,ratio,baseline,warm_library_median,warm_library_min,"
+                     "warm_baseline_median,warm_baseline_min,warm_ratio\n";
     for (const Result& result : results) {
         const Figure& figure = result.figure;
         for (int rep = 0; rep < result.lib.size(); ++rep)
@@ -125,6 +145,12 @@ void writeCsv(const QString& dir, const QList<Result>& results)
         for (int rep = 0; rep < result.raw.size(); ++rep)
             allStream << figure.key << ',' << figure.count << ",baseline," << rep << ','
                       << result.raw.at(rep) << ',' << figure.unit() << '\n';
+        for (int rep = 0; rep < result.warmLib.size(); ++rep)
+            allStream << figure.key << ',' << figure.count << ",library-warm," << rep << ','
+                      << result.warmLib.at(rep) << ',' << figure.unit() << '\n';
+        for (int rep = 0; rep < result.warmRaw.size(); ++rep)
+            allStream << figure.key << ',' << figure.count << ",baseline-warm," << rep << ','
+                      << result.warmRaw.at(rep) << ',' << figure.unit() << '\n';
         summaryStream << figure.key << ",\"" << figure.title << "\"," << figure.count << ','
                       << figure.unit() << ',' << median(result.lib) << ',' << minimum(result.lib)
                       << ',';
@@ -133,7 +159,13 @@ void writeCsv(const QString& dir, const QList<Result>& results)
         else
             summaryStream << median(result.raw) << ',' << minimum(result.raw) << ','
                           << result.ratio();
-        summaryStream << ",\"" << figure.baseline << "\"\n";
+        summaryStream << ",\"" << figure.baseline << '"';
+        if (result.warmLib.isEmpty())
+            summaryStream << ",,,,,\n";
+        else
+            summaryStream << ',' << median(result.warmLib) << ',' << minimum(result.warmLib) << ','
+                          << median(result.warmRaw) << ',' << minimum(result.warmRaw) << ','
+                          << median(result.warmRatios) << '\n';
     }
 }
 
@@ -193,9 +225,9 @@ int childMain(const QCommandLineParser& parser, bool quick)
                                      [&](const Figure& candidate) { return candidate.key == key; });
     if (figure == all.cend())
         qFatal("no figure %s", qPrintable(key));
-    const QList<double> values = runFigure(*figure, parser.value(QStringLiteral("dir")),
-                                           parser.value(QStringLiteral("rep")).toInt(),
-                                           parser.value(QStringLiteral("arm")));
+    const QList<double> values = runFigure(
+        *figure, parser.value(QStringLiteral("dir")), parser.value(QStringLiteral("rep")).toInt(),
+        parser.value(QStringLiteral("arm")), parser.value(QStringLiteral("repetitions")).toInt());
     QStringList fields;
     for (double value : values)
         fields.append(QString::number(value, 'f', 0));
@@ -236,7 +268,8 @@ int main(int argc, char* argv[])
     parser.addOption(
         { QStringLiteral("keep"),
           QStringLiteral("Keep each figure's plugin folders, e.g. to profile one repetition "
-                         "with --child FIGURE --dir DIR --rep 0 --arm both.") });
+                         "with --child FIGURE --dir DIR --rep 0 --arm both, or the warm "
+                         "repetitions with --arm warm --repetitions N.") });
     parser.addOption({ QStringLiteral("child"), QStringLiteral("(internal) Run one repetition."),
                        QStringLiteral("figure") });
     parser.addOption(
@@ -271,7 +304,7 @@ int main(int argc, char* argv[])
             continue;
         const QString dir = QDir(work).filePath(figure.key);
         prepareFigure(figure, factory, dir);
-        Result result { figure, {}, {}, {} };
+        Result result { figure, {}, {}, {}, {}, {}, {} };
         const double scale = figure.kind == Figure::Kind::Memory ? 1.0 / (1024 * 1024) : 1e-6;
         for (int rep = 0; rep < repetitions; ++rep) {
             if (figure.kind == Figure::Kind::Memory) {
@@ -295,6 +328,16 @@ int main(int argc, char* argv[])
             if (figure.hasRaw) {
                 result.raw.append(values.value(1) * scale);
                 result.ratios.append(values.value(1) > 0 ? values.value(0) / values.value(1) : 0);
+            }
+        }
+        if (figure.hasWarm()) {
+            const QList<double> values
+                = runChild(figure, dir, repetitions, QStringLiteral("warm"), quick, repetitions);
+            for (qsizetype i = 0; i + 1 < values.size(); i += 2) {
+                result.warmLib.append(values.at(i) * scale);
+                result.warmRaw.append(values.at(i + 1) * scale);
+                result.warmRatios.append(values.at(i + 1) > 0 ? values.at(i) / values.at(i + 1)
+                                                              : 0);
             }
         }
         if (!parser.isSet(QStringLiteral("keep")))

@@ -40,7 +40,8 @@ PluginFactory::PluginFactory(const QString& templateDir)
     const QDir dir(templateDir);
     read(m_core, dir.filePath(QStringLiteral("core.so")), false, false)
         && read(m_leaf, dir.filePath(QStringLiteral("leaf.so")), false, true)
-        && read(m_link, dir.filePath(QStringLiteral("link.so")), true, true);
+        && read(m_link, dir.filePath(QStringLiteral("link.so")), true, true)
+        && read(m_rich, dir.filePath(QStringLiteral("rich.so")), false, true);
 }
 
 bool PluginFactory::read(Template& shape, const QString& fileName, bool dependency, bool option)
@@ -100,6 +101,21 @@ QStringList PluginFactory::writeFlat(const QString& dir, int count) const
     write(m_core, corePath, QStringLiteral("core-00000000000"), {}, {});
     for (int index = 1; index < count; ++index)
         write(m_leaf, folder.filePath(fileName(index)), pluginName(index), {}, optionName(index));
+    for (int index = count - 1; index >= 1; --index)
+        paths.append(folder.filePath(fileName(index)));
+    paths.prepend(corePath);
+    return paths;
+}
+
+QStringList PluginFactory::writeRich(const QString& dir, int count) const
+{
+    QDir().mkpath(dir);
+    const QDir folder(dir);
+    QStringList paths;
+    const QString corePath = folder.filePath(fileName(0));
+    write(m_core, corePath, QStringLiteral("core-00000000000"), {}, {});
+    for (int index = 1; index < count; ++index)
+        write(m_rich, folder.filePath(fileName(index)), pluginName(index), {}, optionName(index));
     for (int index = count - 1; index >= 1; --index)
         paths.append(folder.filePath(fileName(index)));
     paths.prepend(corePath);

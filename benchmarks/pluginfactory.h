@@ -4,7 +4,7 @@
 #include <QtCore/QList>
 #include <QtCore/QString>
 
-// Writes plugin folders for the benchmark from the three template plugins that CMake
+// Writes plugin folders for the benchmark from the template plugins that CMake
 // builds (plugin/shapes/): each file is a byte copy of a template whose placeholder
 // names inside the embedded metadata are overwritten by names of the same length, so
 // Qt reads it as a plugin of its own without a compiler in sight.
@@ -30,6 +30,10 @@ public:
     // One Core plugin and a chain of count - 1 Extensions, each needing the one
     // before it; listed as order says. Returns the paths in dependency order.
     QStringList writeChain(const QString& dir, int count, Order order) const;
+    // One Core plugin and count - 1 Extensions whose metadata is that of a real plugin
+    // written for another host: a licence of about 4 KB, URLs, vendor keys and
+    // dependency objects, one option each. Returns the paths in load order.
+    QStringList writeRich(const QString& dir, int count) const;
 
 private:
     struct Template
@@ -47,5 +51,6 @@ private:
     Template m_core;
     Template m_leaf;
     Template m_link;
+    Template m_rich;
     QString m_error;
 };

@@ -29,11 +29,12 @@ struct Candidate
 
 } // namespace
 
-LoadPlan::LoadPlan(const QDir& dir)
+LoadPlan::LoadPlan(const QDir& dir, Explanations explanations)
+    : m_explanations(explanations)
 {
-    const QList<DiscoveredFile> discovered = discoverPluginFiles(dir);
-    m_files.reserve(discovered.size());
-    for (const DiscoveredFile& found : discovered) {
+    // Each file becomes its record as soon as it is read, without a list of discovery
+    // records in between.
+    forEachPluginFile(dir, [this](DiscoveredFile& found) {
         File file;
         file.fileName = found.fileName;
         file.path = found.path;
@@ -50,7 +51,7 @@ LoadPlan::LoadPlan(const QDir& dir)
             file.refusal = found.refusal;
         }
         m_files.append(file);
-    }
+    });
 }
 
 QList<PluginLoader> LoadPlan::loadOrder() const
@@ -123,10 +124,18 @@ void LoadPlan::order(const QList<int>& selected)
     // nothing about it, the plan records it.
     dependecySorting(loadList);
 
+    m_loadOrder.reserve(loadList.size());
     for (const Candidate& candidate : std::as_const(loadList)) {
         m_files[candidate.file].position = int(m_loadOrder.size());
         m_loadOrder.append(candidate.file);
     }
+    for (int file : selected) {
+        if (m_files.at(file).position < 0)
+            m_files[file].fate = Fate::Dropped;
+    }
+    // Everything below only explains: which plugins could not be ordered, and why.
+    if (m_explanations == Explanations::Omitted)
+        return;
 
     // Every plugin of the placed prefix has its dependencies before it; the first one
     // that does not is where the ordering got stuck, since a plugin whose dependencies
@@ -148,10 +157,8 @@ void LoadPlan::order(const QList<int>& selected)
         placed.append(loadList.at(i).file);
     QList<int> unplaced;
     for (int file : selected) {
-        if (m_files.at(file).position < 0) {
-            m_files[file].fate = Fate::Dropped;
+        if (m_files.at(file).fate == Fate::Dropped)
             unplaced.append(file);
-        }
     }
     for (qsizetype i = boundary; i < loadList.size(); ++i)
         unplaced.append(loadList.at(i).file);
@@ -233,16 +240,14 @@ QList<LoadPlan::Blocker> LoadPlan::blockers(int file, const QSet<QString>& place
             const bool refused = std::any_of(m_files.cbegin(), m_files.cend(), [&](const File& f) {
                 return f.fate == Fate::Refused && !f.name.isEmpty() && f.name == dependency;
             });
-            result.append(
-                Blocker { refused ? Blocker::Kind::Refused : Blocker::Kind::Missing,
-                          dependency,
-                          {},
-                          {} });
+            result.append(Blocker {
+                refused ? Blocker::Kind::Refused : Blocker::Kind::Missing, dependency, {}, {} });
             continue;
         }
         if (!selectedNames.contains(dependency)) {
             const QString category = discovered.key();
-            const Blocker::Kind kind = category == extensionCategoryKey() ? Blocker::Kind::SwitchedOff
+            const Blocker::Kind kind = category == extensionCategoryKey()
+                ? Blocker::Kind::SwitchedOff
                 : category == coreCategoryKey() ? Blocker::Kind::OtherCoreChosen
                                                 : Blocker::Kind::NeverLoaded;
             result.append(Blocker { kind, dependency, category, {} });

@@ -76,12 +76,20 @@ public:
         QString name; // the plugin's name; for a refused file what its metadata gave
         PluginLoader plugin; // accepted files only: scanned, never loaded by the plan
         int position = -1; // Loads: index in loadOrder()
-        QList<Blocker> blockers; // Dropped, or Loads ahead of its dependencies
+        QList<Blocker> blockers; // Dropped, or Loads ahead of its dependencies (if explained)
+    };
+
+    // How much the plan works out beyond what loads and in which order. The Diagnostics
+    // component and zelvane-inspect show why a plugin is dropped or loads ahead of its
+    // dependencies; loadPlugins() only carries the order out, and asks for no more.
+    enum class Explanations {
+        Included, // blockers for every plugin that the ordering could not place
+        Omitted, // blockers stay empty; files, fates and the load order are the same
     };
 
     // Discovers dir: lists it and reads every file's metadata. Nothing is selected
     // yet; pluginsOptions() needs no more than this, and reads no settings.
-    explicit LoadPlan(const QDir& dir);
+    explicit LoadPlan(const QDir& dir, Explanations explanations = Explanations::Included);
     // Selects one Core plugin and the enabled Extensions and orders them, asking the
     // settings exactly what loadPlugins() asks. settings may be null: the plan then
     // fails as loadPlugins() does, once a Core plugin is found. Call it once.
@@ -111,6 +119,7 @@ private:
     QList<File> m_files;
     QMultiMap<QString, PluginLoader> m_discovered;
     QMultiMap<QString, int> m_discoveredFiles; // the same map, holding indices into m_files
+    Explanations m_explanations = Explanations::Included;
     QString m_error;
     QList<int> m_loadOrder;
     int m_chosenCore = -1;

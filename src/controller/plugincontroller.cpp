@@ -169,7 +169,8 @@ bool PluginController::isEnabled(const PluginLoader& plugin) const
  */
 bool PluginController::loadPlugins(const QDir& dir)
 {
-    LoadPlan plan(dir);
+    // The order is all that is carried out here; explanations are for the screens.
+    LoadPlan plan(dir, LoadPlan::Explanations::Omitted);
     plan.decide(m_settings);
     if (!plan.error().isEmpty()) {
         m_errorString = plan.error();

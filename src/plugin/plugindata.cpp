@@ -2,6 +2,7 @@
 
 #include <zelvane/plugincontroller.h>
 
+#include <QtCore/QJsonArray>
 #include <QtCore/QJsonValue>
 
 namespace Zelvane {
@@ -19,12 +20,16 @@ PluginData::~PluginData()
 bool PluginData::scan()
 {
     // metaData() reads the metadata section of the file; no plugin code runs.
-    const QJsonObject metaData = loader.metaData();
+    return scanMetadata(loader.metaData());
+}
+
+bool PluginData::scanMetadata(const QJsonObject& metaData)
+{
     if (!validateMetadata(metaData))
         return false;
 
     const QJsonObject pluginMetaData = metaData.value(QLatin1String("MetaData")).toObject();
-    if (!extractPluginMetadata(pluginMetaData.toVariantMap()))
+    if (!extractPluginMetadata(pluginMetaData))
         return false;
 
     const QJsonValue arguments = pluginMetaData.value(QLatin1String("Arguments"));
@@ -53,27 +58,112 @@ bool PluginData::validateMetadata(const QJsonObject& metaData)
     return true;
 }
 
-bool PluginData::extractPluginMetadata(const QMap<QString, QVariant>& metaData)
+namespace {
+
+// The five keys of the plugin's own metadata that the record keeps.
+const QLatin1String nameKey("Name");
+const QLatin1String categoryKey("Category");
+const QLatin1String dependenciesKey("Dependencies");
+const QLatin1String defaultKey("Default");
+const QLatin1String descriptionKey("Description");
+
+// The text that QVariant::toString() gives for a value held as QJsonValue::toVariant()
+// holds it. An array or an object (a QVariantList, a QVariantMap) has no text, so it is
+// not converted at all; a number, a boolean or null goes through its QVariant.
+QString variantText(const QJsonValue& value)
+{
+    if (value.isString())
+        return value.toString();
+    if (value.isUndefined() || value.isArray() || value.isObject())
+        return QString();
+    return value.toVariant().toString();
+}
+
+// The keys as QJsonObject::toVariantMap() hands them over, read from the JSON object
+// itself: whatever else the plugin's author put there (licence texts, URLs, objects
+// of another host's format) is never converted, and neither are the parts of the five
+// keys that the QVariant conversions would throw away.
+struct JsonKeys
+{
+    const QJsonObject& object;
+
+    bool isEmpty() const { return object.isEmpty(); }
+
+    QString string(QLatin1String key) const { return variantText(object.value(key)); }
+
+    // A QVariantList converts element by element with toString(); any other value
+    // through its own QVariant, where an object gives no list.
+    QStringList stringList(QLatin1String key) const
+    {
+        const QJsonValue value = object.value(key);
+        if (value.isUndefined() || value.isObject())
+            return QStringList();
+        if (!value.isArray())
+            return value.toVariant().toStringList();
+        const QJsonArray array = value.toArray();
+        QStringList list;
+        list.reserve(array.size());
+        for (const QJsonValue& element : array)
+            list.append(variantText(element));
+        return list;
+    }
+
+    bool boolean(QLatin1String key) const
+    {
+        const QJsonValue value = object.value(key);
+        if (value.isBool())
+            return value.toBool();
+        return !value.isUndefined() && value.toVariant().toBool();
+    }
+};
+
+// The converted map, read with the QVariant conversions themselves.
+struct VariantKeys
+{
+    const QMap<QString, QVariant>& map;
+
+    bool isEmpty() const { return map.isEmpty(); }
+    QString string(QLatin1String key) const { return map.value(key).toString(); }
+    QStringList stringList(QLatin1String key) const { return map.value(key).toStringList(); }
+    bool boolean(QLatin1String key) const { return map.value(key).toBool(); }
+};
+
+// QVariant conversions on purpose: a number given as "Name" becomes its text, while an
+// array, an object or null becomes empty and is refused. Plugins in the field were
+// accepted under these rules, so a stricter reader would drop them from hosts. The
+// JSON reading gives exactly the converted map's results, over every kind of value.
+template<typename Keys>
+bool fillRecord(PluginData& data, const Keys& metaData)
 {
     if (metaData.isEmpty()) {
-        errorString = QObject::tr("The file \"%1\" has no plugin metadata").arg(loader.fileName());
+        data.errorString
+            = QObject::tr("The file \"%1\" has no plugin metadata").arg(data.loader.fileName());
         return false;
     }
 
-    // QVariant conversions on purpose: a number given as "Name" becomes its text, while
-    // an array, an object or null becomes empty and is refused. Plugins in the field
-    // were accepted under these rules, so a stricter reader would drop them from hosts.
-    name = metaData.value(QStringLiteral("Name")).toString();
-    if (name.isEmpty()) {
-        errorString = QObject::tr("The plugin \"%1\" has no name property in metadata")
-                          .arg(loader.fileName());
+    data.name = metaData.string(nameKey);
+    if (data.name.isEmpty()) {
+        data.errorString = QObject::tr("The plugin \"%1\" has no name property in metadata")
+                               .arg(data.loader.fileName());
         return false;
     }
-    category = metaData.value(QStringLiteral("Category")).toString();
-    dependencies = metaData.value(QStringLiteral("Dependencies")).toStringList();
-    loadByDefault = metaData.value(QStringLiteral("Default")).toBool();
-    description = metaData.value(QStringLiteral("Description")).toString();
+    data.category = metaData.string(categoryKey);
+    data.dependencies = metaData.stringList(dependenciesKey);
+    data.loadByDefault = metaData.boolean(defaultKey);
+    data.description = metaData.string(descriptionKey);
     return true;
+}
+
+} // namespace
+
+bool PluginData::extractPluginMetadata(const QJsonObject& metaData)
+{
+    return fillRecord(*this, JsonKeys { metaData });
+}
+
+bool PluginData::extractPluginMetadata(const QMap<QString, QVariant>& metaData)
+{
+    return fillRecord(*this, VariantKeys { metaData });
 }
 
 bool PluginData::extractArguments(const QJsonArray& arguments)

@@ -27,7 +27,14 @@ public:
     // not an acceptable plugin; errorString says why, except for malformed
     // "Arguments", which are refused with an empty text.
     bool scan();
+    // scan() over top-level metadata already read, e.g. built by a test without a file.
+    bool scanMetadata(const QJsonObject& metaData);
     bool validateMetadata(const QJsonObject& metaData);
+    // Reads the five keys of the plugin's own "MetaData" object straight from the JSON,
+    // with the results that its QVariantMap form gives to the overload below.
+    bool extractPluginMetadata(const QJsonObject& metaData);
+    // The same from the object converted with QJsonObject::toVariantMap(), for callers
+    // that build a record from a map.
     bool extractPluginMetadata(const QMap<QString, QVariant>& metaData);
     bool extractArguments(const QJsonArray& arguments);
 

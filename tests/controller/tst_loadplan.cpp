@@ -149,6 +149,8 @@ private slots:
     void fates();
     void inspectorAgreesWithLoadPlugins_data();
     void inspectorAgreesWithLoadPlugins();
+    void withoutExplanations_data();
+    void withoutExplanations();
 };
 
 void tst_LoadPlan::fates_data()
@@ -290,6 +292,48 @@ void tst_LoadPlan::inspectorAgreesWithLoadPlugins()
     QCOMPARE(initialized.size(), expectedLoads);
     for (const QString& dropped : namesOf(inspected.dropped))
         QVERIFY2(!initialized.contains(dropped), qPrintable(dropped));
+}
+
+void tst_LoadPlan::withoutExplanations_data()
+{
+    inspectorAgreesWithLoadPlugins_data();
+}
+
+// The lean plan that loadPlugins() makes decides exactly what the explained one decides;
+// it only leaves the blockers out.
+void tst_LoadPlan::withoutExplanations()
+{
+    QFETCH(QStringList, plugins);
+    QFETCH(QByteArray, settings);
+
+    LoadingTest::Scenario scenario;
+    QVERIFY(scenario.create(plugins, settings));
+    scenario.configureController();
+
+    Zelvane::LoadPlan explained { QDir(scenario.pluginDir()),
+                                  Zelvane::LoadPlan::Explanations::Included };
+    explained.decide(scenario.settings());
+    Zelvane::LoadPlan lean { QDir(scenario.pluginDir()), Zelvane::LoadPlan::Explanations::Omitted };
+    lean.decide(scenario.settings());
+
+    QCOMPARE(lean.error(), explained.error());
+    QCOMPARE(lean.loadOrderFiles(), explained.loadOrderFiles());
+    QCOMPARE(lean.chosenCore(), explained.chosenCore());
+    QCOMPARE(lean.discoveredFiles(), explained.discoveredFiles());
+    const QList<Zelvane::LoadPlan::File> leanFiles = lean.files();
+    const QList<Zelvane::LoadPlan::File> explainedFiles = explained.files();
+    QCOMPARE(leanFiles.size(), explainedFiles.size());
+    for (qsizetype i = 0; i < leanFiles.size(); ++i) {
+        const Zelvane::LoadPlan::File& file = leanFiles.at(i);
+        const Zelvane::LoadPlan::File& reference = explainedFiles.at(i);
+        QCOMPARE(file.fileName, reference.fileName);
+        QCOMPARE(file.path, reference.path);
+        QCOMPARE(fateName(file.fate), fateName(reference.fate));
+        QCOMPARE(file.refusal, reference.refusal);
+        QCOMPARE(file.name, reference.name);
+        QCOMPARE(file.position, reference.position);
+        QCOMPARE(file.blockers.size(), 0);
+    }
 }
 
 QTEST_MAIN(tst_LoadPlan)

@@ -1,6 +1,7 @@
 // Feeds arbitrary JSON through the library's metadata reading, in the order in which
 // PluginData::scan() applies it to what QPluginLoader::metaData() returns: the
-// top-level test, the plugin's own "MetaData" map, then the strict "Arguments" array.
+// top-level test, the plugin's own "MetaData" keys (read from the JSON and, as a
+// cross-check, from the object converted to a map), then the strict "Arguments" array.
 // The document is also read as a "MetaData" object itself, so that the fuzzer does not
 // have to find the interface identifier before it reaches the later steps.
 
@@ -13,13 +14,24 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 
 namespace {
 
 void readMetaData(const QJsonObject& pluginMetaData)
 {
     Zelvane::PluginData data(QStringLiteral("/fuzz/libfuzz.so"));
-    if (!data.extractPluginMetadata(pluginMetaData.toVariantMap()))
+    const bool accepted = data.extractPluginMetadata(pluginMetaData);
+    // The record read from the JSON object must be the one that the object converted
+    // to a QVariantMap gives, whatever the input: a difference is a finding.
+    Zelvane::PluginData converted(QStringLiteral("/fuzz/libfuzz.so"));
+    if (converted.extractPluginMetadata(pluginMetaData.toVariantMap()) != accepted
+        || converted.name != data.name || converted.category != data.category
+        || converted.dependencies != data.dependencies
+        || converted.loadByDefault != data.loadByDefault
+        || converted.description != data.description || converted.errorString != data.errorString)
+        std::abort();
+    if (!accepted)
         return;
     const QJsonValue arguments = pluginMetaData.value(QLatin1String("Arguments"));
     if (arguments.isArray() && data.extractArguments(arguments.toArray())) {
