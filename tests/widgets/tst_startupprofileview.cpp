@@ -3,12 +3,14 @@
 
 #include "../controller/loadingfixture.h"
 
+#include <zelvane/widgets/PluginsDialog>
 #include <zelvane/widgets/StartupProfileView>
 
 #include <QtTest/QTest>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QProgressBar>
+#include <QtWidgets/QPushButton>
 
 using namespace LoadingTest;
 using Zelvane::StartupProfile;
@@ -39,6 +41,7 @@ private slots:
     void beforeAnyStart();
     void slowestFirstWithTheProfilesTexts();
     void refreshShowsTheLatestStart();
+    void reachableFromThePluginsDialog();
 };
 
 void tst_StartupProfileView::beforeAnyStart()
@@ -89,6 +92,39 @@ void tst_StartupProfileView::refreshShowsTheLatestStart()
              QStringList({ profile.pluginText(core) + " | "
                            + StartupProfile::shareText(profile.share(core)) }));
     QVERIFY(profile.pluginText(core).startsWith("Core: "));
+}
+
+void tst_StartupProfileView::reachableFromThePluginsDialog()
+{
+    Scenario scenario;
+    QVERIFY(scenario.create({ "zt_core", "zt_storage" }));
+    scenario.configureController();
+    QVERIFY(Zelvane::PluginController::instance()->loadPlugins(QDir(scenario.pluginDir())));
+    Zelvane::PluginsDialog dialog(QDir(scenario.pluginDir()));
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&dialog));
+
+    auto* button = dialog.findChild<QPushButton*>(QStringLiteral("startupButton"));
+    QVERIFY(button);
+    QCOMPARE(button->text(), QStringLiteral("Start-up..."));
+    QTest::mouseClick(button, Qt::LeftButton);
+
+    auto* window = dialog.findChild<QDialog*>(QStringLiteral("startupWindow"));
+    QVERIFY(window);
+    QVERIFY(window->isVisible());
+    QCOMPARE(window->windowTitle(), QStringLiteral("Start-up"));
+    const auto* view = window->findChild<StartupProfileView*>();
+    QVERIFY(view);
+    const StartupProfile profile = StartupProfile::last();
+    QStringList expected;
+    for (const StartupProfile::Plugin& plugin : profile.slowestFirst())
+        expected.append(profile.pluginText(plugin) + " | "
+                        + StartupProfile::shareText(profile.share(plugin)));
+    QCOMPARE(rowsOf(*view), expected);
+
+    // Asked again: the same window, not a second one.
+    QTest::mouseClick(button, Qt::LeftButton);
+    QCOMPARE(dialog.findChildren<QDialog*>(QStringLiteral("startupWindow")).size(), 1);
 }
 
 QTEST_MAIN(tst_StartupProfileView)
