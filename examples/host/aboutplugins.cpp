@@ -4,6 +4,7 @@
 
 #include <zelvane/objectpool.h>
 #include <zelvane/plugincontroller.h>
+#include <zelvane/widgets/startupprofileview.h>
 
 #include <QtCore/QTimer>
 #include <QtWidgets/QDialogButtonBox>
@@ -11,6 +12,7 @@
 #include <QtWidgets/QHeaderView>
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QListWidget>
+#include <QtWidgets/QPushButton>
 #include <QtWidgets/QSplitter>
 #include <QtWidgets/QTreeWidget>
 #include <QtWidgets/QVBoxLayout>
@@ -53,6 +55,16 @@ AboutPlugins::AboutPlugins(const LoadTracker* tracker, const QString& settingsFi
     settings->setTextInteractionFlags(Qt::TextSelectableByMouse);
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    // How long each plugin took in this very start, from the library's own profile.
+    QPushButton* startup = buttons->addButton(tr("Start-up..."), QDialogButtonBox::ActionRole);
+    startup->setObjectName(QStringLiteral("startupButton"));
+    connect(startup, &QPushButton::clicked, this, [this] {
+        auto* view = new Zelvane::StartupProfileView(this);
+        view->setWindowFlag(Qt::Window);
+        view->setAttribute(Qt::WA_DeleteOnClose);
+        view->resize(520, 320);
+        view->show();
+    });
 
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(splitter, 1);

@@ -1,5 +1,6 @@
 #include <zelvane/diagnostics/safestart.h>
 
+#include "controller/loadplan_p.h"
 #include "diagnostics/trialwatch_p.h"
 #include "plugin/pluginnames_p.h"
 
@@ -118,6 +119,35 @@ void SafeStart::switchOff(const QList<Culprit>& culprits)
     for (const Culprit& culprit : culprits)
         d->settings->setValue(selectionSettingsKey(culprit.name), false);
     d->settings->sync();
+}
+
+QString SafeStart::coreOnlyFileName() const
+{
+    return d->settings ? d->settings->fileName() + QStringLiteral(".coreonly") : QString();
+}
+
+std::unique_ptr<QSettings> SafeStart::coreOnlySettings(const QDir& dir) const
+{
+    if (!d->settings)
+        return nullptr;
+    const QString fileName = coreOnlyFileName();
+    // A fresh copy each time: what a core-only run ticked must not carry over into the
+    // next one, which starts again from the user's own selection.
+    QFile::remove(fileName);
+    auto copy = std::make_unique<QSettings>(fileName, QSettings::IniFormat);
+    const QStringList keys = d->settings->allKeys();
+    for (const QString& key : keys)
+        copy->setValue(key, d->settings->value(key));
+    // Every Extension the folder has, switched off as a cleared tick is: the controller
+    // then loads the Core plugin alone, whatever the user's selection says.
+    const LoadPlan plan(dir);
+    const QList<PluginLoader> extensions = plan.discovered().values(extensionCategoryKey());
+    for (const PluginLoader& plugin : extensions)
+        copy->setValue(selectionSettingsKey(plugin.name()), false);
+    copy->sync();
+    if (copy->status() != QSettings::NoError)
+        return nullptr;
+    return copy;
 }
 
 int SafeStart::timeout() const

@@ -27,4 +27,28 @@ enum class LoadStep {
 using LoadStepObserver = void (*)(const PluginLoader& plugin, LoadStep step);
 void setLoadStepObserver(LoadStepObserver observer);
 
+// Told of every step as well, for as long as it lives, whatever observer is set: the
+// controller keeps one on the stack while loadPlugins() runs to time the start-up, and
+// the trial loader's observer must not displace it, nor it the observer. Listeners
+// nest: each one is told, the most recent first, and each must be destroyed in the
+// reverse order of construction, on the thread that loads (scoped, as the controller
+// uses it). With none alive, load() pays one pointer test per step.
+class LoadStepListener
+{
+public:
+    LoadStepListener();
+    virtual ~LoadStepListener();
+    LoadStepListener(const LoadStepListener&) = delete;
+    LoadStepListener& operator=(const LoadStepListener&) = delete;
+
+    virtual void stepEntered(const PluginLoader& plugin, LoadStep step) = 0;
+
+private:
+    friend void notifyLoadStepListeners(const PluginLoader& plugin, LoadStep step);
+    LoadStepListener* m_outer;
+};
+
+// Tells every live listener, the innermost first; PluginLoader::load() calls it.
+void notifyLoadStepListeners(const PluginLoader& plugin, LoadStep step);
+
 } // namespace Zelvane

@@ -27,11 +27,14 @@ namespace Zelvane {
 namespace {
 
 LoadStepObserver loadStepObserver = nullptr;
+LoadStepListener* innermostListener = nullptr;
 
 void enterStep(const PluginLoader& plugin, LoadStep step)
 {
     if (loadStepObserver)
         loadStepObserver(plugin, step);
+    if (innermostListener)
+        notifyLoadStepListeners(plugin, step);
 }
 
 // Tells the observer that load() returns, on every path out of it.
@@ -61,6 +64,23 @@ bool initializeGuarded(IPlugin* plugin, const QMap<QString, QString>& arguments,
 void setLoadStepObserver(LoadStepObserver observer)
 {
     loadStepObserver = observer;
+}
+
+LoadStepListener::LoadStepListener()
+    : m_outer(innermostListener)
+{
+    innermostListener = this;
+}
+
+LoadStepListener::~LoadStepListener()
+{
+    innermostListener = m_outer;
+}
+
+void notifyLoadStepListeners(const PluginLoader& plugin, LoadStep step)
+{
+    for (LoadStepListener* listener = innermostListener; listener; listener = listener->m_outer)
+        listener->stepEntered(plugin, step);
 }
 
 /*!

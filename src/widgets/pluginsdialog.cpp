@@ -1,6 +1,7 @@
 #include <zelvane/widgets/pluginsdialog.h>
 
 #include <zelvane/widgets/pluginswidget.h>
+#include <zelvane/widgets/startupprofileview.h>
 
 #include <QtWidgets/QDialogButtonBox>
 #include <QtWidgets/QPushButton>
@@ -17,6 +18,10 @@ PluginsDialog::PluginsDialog(QWidget* parent)
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
     buttons->button(QDialogButtonBox::Close)->setAccessibleName(tr("Close"));
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    QPushButton* startup = buttons->addButton(tr("Start-up..."), QDialogButtonBox::ActionRole);
+    startup->setObjectName(QStringLiteral("startupButton"));
+    startup->setAccessibleName(tr("Start-up"));
+    connect(startup, &QPushButton::clicked, this, &PluginsDialog::showStartupProfile);
     connect(m_widget, &PluginsWidget::restartRequested, this, &PluginsDialog::restartRequested);
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(m_widget, 1);
@@ -35,6 +40,30 @@ PluginsDialog::~PluginsDialog() = default;
 PluginsWidget* PluginsDialog::pluginsWidget() const
 {
     return m_widget;
+}
+
+void PluginsDialog::showStartupProfile()
+{
+    // One window, refreshed when asked again: the profile is of the last start, which
+    // does not change while the host runs unless it loads its plugins again.
+    auto* window = findChild<QDialog*>(QStringLiteral("startupWindow"));
+    if (!window) {
+        window = new QDialog(this);
+        window->setObjectName(QStringLiteral("startupWindow"));
+        auto* view = new StartupProfileView(window);
+        window->setWindowTitle(view->windowTitle());
+        window->setAccessibleName(view->windowTitle());
+        auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, window);
+        connect(buttons, &QDialogButtonBox::rejected, window, &QDialog::reject);
+        auto* layout = new QVBoxLayout(window);
+        layout->addWidget(view, 1);
+        layout->addWidget(buttons);
+        window->resize(560, 360);
+    } else {
+        window->findChild<StartupProfileView*>()->refresh();
+    }
+    window->show();
+    window->raise();
 }
 
 // Kept for hosts built against 1.0, whose code may call it; nothing depends on who is

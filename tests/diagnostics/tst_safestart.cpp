@@ -38,6 +38,7 @@ private slots:
     void findAndSwitchOff();
     void everyPluginStarts();
     void noTrialProgram();
+    void coreOnlyStartLeavesTheSelectionAlone();
 };
 
 void tst_SafeStart::initTestCase()
@@ -164,6 +165,41 @@ void tst_SafeStart::noTrialProgram()
     QCOMPARE(safeStart.errorString(),
              QStringLiteral("cannot start %1: execvp: No such file or directory")
                  .arg(folder.filePath(QStringLiteral("none"))));
+}
+
+void tst_SafeStart::coreOnlyStartLeavesTheSelectionAlone()
+{
+    QTemporaryDir root;
+    QVERIFY(QDir(root.path()).mkpath(QStringLiteral("plugins")));
+    const QString plugins = root.filePath(QStringLiteral("plugins"));
+    QVERIFY(ZelvaneTest::copyPlugins(
+        plugins,
+        { QStringLiteral("zt_core"), QStringLiteral("zt_storage"), QStringLiteral("zt_viewer") }));
+    const QString file = root.filePath(QStringLiteral("settings.ini"));
+    QVERIFY(ZelvaneTest::writeFile(file, "[General]\nwindow=wide\n\n[plugin]\nStorage=true\n"));
+    const QByteArray before = ZelvaneTest::fileContent(file);
+    QSettings settings(file, QSettings::IniFormat);
+
+    Zelvane::SafeStart safeStart(&settings);
+    QCOMPARE(safeStart.coreOnlyFileName(), file + QStringLiteral(".coreonly"));
+    const std::unique_ptr<QSettings> coreOnly = safeStart.coreOnlySettings(QDir(plugins));
+    QVERIFY(coreOnly);
+    QCOMPARE(coreOnly->fileName(), file + QStringLiteral(".coreonly"));
+    QCOMPARE(ZelvaneTest::storedSelection(coreOnly->fileName()),
+             QStringList({ QStringLiteral("Storage=false"), QStringLiteral("Viewer=false") }));
+    QCOMPARE(coreOnly->value(QStringLiteral("window")).toString(), QStringLiteral("wide"));
+
+    Zelvane::PluginController* controller = Zelvane::PluginController::instance();
+    controller->setSettings(coreOnly.get());
+    controller->setPluginIID(QStringLiteral(ZELVANE_TEST_IID));
+    ZelvaneTest::clearEvents();
+    QVERIFY(controller->loadPlugins(QDir(plugins)));
+    QCOMPARE(ZelvaneTest::events(), QStringList({ QStringLiteral("initialize:Core") }));
+    controller->shutdown();
+    controller->setSettings(&settings);
+
+    settings.sync();
+    QCOMPARE(ZelvaneTest::fileContent(file), before);
 }
 
 QTEST_GUILESS_MAIN(tst_SafeStart)

@@ -71,6 +71,16 @@ public:
     /// settings, as the plugins model writes a cleared tick, and saves them.
     void switchOff(const QList<Culprit>& culprits);
 
+    /// "<settings file>.coreonly".
+    QString coreOnlyFileName() const;
+    /// Settings for one start with the Core plugin only, for a user who wants the host
+    /// up first and the culprits found later: a copy of the user's settings in the file
+    /// coreOnlyFileName(), with every Extension of dir switched off. Hand it to the
+    /// controller for this run instead of the user's settings, which are never written,
+    /// so the saved selection is the user's own at the next start. Null when the copy
+    /// cannot be written.
+    std::unique_ptr<QSettings> coreOnlySettings(const QDir& dir) const;
+
     /// How long one plugin may take before it counts as hanging; 5 seconds unless set.
     int timeout() const;
     void setTimeout(int seconds);

@@ -9,7 +9,8 @@ namespace Zelvane {
 
 class PluginsWidget;
 
-/// A PluginsWidget in a dialog with a Close button: a host's "Plugins..." window.
+/// A PluginsWidget in a dialog with a Close button and a "Start-up..." button: a host's
+/// "Plugins..." window.
 ///
 /// Every tick is saved when it is made, so closing confirms nothing. The dialog repeats
 /// the widget's restartRequested(); the widget itself is pluginsWidget(), whose
@@ -25,6 +26,11 @@ public:
     ~PluginsDialog() override;
 
     PluginsWidget* pluginsWidget() const;
+
+public Q_SLOTS:
+    /// Shows the "Start-up" view of the host's last start (StartupProfileView) in a
+    /// window of its own; the dialog's "Start-up..." button calls it.
+    void showStartupProfile();
 
 Q_SIGNALS:
     void restartRequested();

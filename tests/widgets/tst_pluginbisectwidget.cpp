@@ -1,0 +1,142 @@
+// Zelvane::PluginBisectWidget: the plugin bisect as a guided flow, from pinning and
+// starting to the culprit and back to the user's own selection. Every restart is a new
+// widget over the same settings, as the host would show it after starting again.
+
+#include "../controller/loadingfixture.h"
+#include "settingsfixture.h"
+
+#include <zelvane/widgets/PluginBisectWidget>
+
+#include <QtTest/QSignalSpy>
+#include <QtTest/QTest>
+#include <QtWidgets/QLabel>
+#include <QtWidgets/QListWidget>
+#include <QtWidgets/QPushButton>
+
+#include <memory>
+
+using namespace LoadingTest;
+using Zelvane::PluginBisectWidget;
+
+namespace {
+
+QString statusOf(const PluginBisectWidget& widget)
+{
+    return widget.findChild<QLabel*>(QStringLiteral("status"))->text();
+}
+
+// The object names of the buttons offered, left to right.
+QStringList buttonsOf(const PluginBisectWidget& widget)
+{
+    QStringList names;
+    for (const char* name : { "start", "stillThere", "gone", "goOn", "finish" }) {
+        const auto* button = widget.findChild<QPushButton*>(QLatin1String(name));
+        if (button && !button->isHidden())
+            names.append(QLatin1String(name));
+    }
+    return names;
+}
+
+void click(PluginBisectWidget& widget, const char* button)
+{
+    QTest::mouseClick(widget.findChild<QPushButton*>(QLatin1String(button)), Qt::LeftButton);
+}
+
+} // namespace
+
+class tst_PluginBisectWidget : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void guidedFlow();
+    void pinnedPluginsStayOn();
+    void everythingPinned();
+};
+
+void tst_PluginBisectWidget::guidedFlow()
+{
+    Scenario scenario;
+    QVERIFY(scenario.create({ "zt_core", "zt_storage", "zt_viewer" }, "[plugin]\nViewer=true\n"));
+    scenario.configureController();
+    const QByteArray before = ZelvaneTest::fileContent(scenario.settingsFile());
+    const QDir dir(scenario.pluginDir());
+
+    {
+        PluginBisectWidget widget(scenario.settings(), dir);
+        QCOMPARE(buttonsOf(widget), QStringList({ "start" }));
+        QCOMPARE(statusOf(widget),
+                 QStringLiteral("Tick the plugins to keep on, then start. Each step switches "
+                                "some plugins off and asks for a restart."));
+        const auto* pins = widget.findChild<QListWidget*>(QStringLiteral("pins"));
+        QCOMPARE(pins->count(), 2);
+        QCOMPARE(pins->item(0)->text(), QStringLiteral("Storage"));
+        QCOMPARE(pins->item(1)->text(), QStringLiteral("Viewer"));
+        QSignalSpy restart(&widget, &PluginBisectWidget::restartRequested);
+        click(widget, "start");
+        QCOMPARE(restart.count(), 1);
+        QCOMPARE(buttonsOf(widget), QStringList({ "stillThere", "gone", "finish" }));
+        QCOMPARE(statusOf(widget),
+                 QStringLiteral("Restart the application, then tell whether the problem is "
+                                "still there. 2 plugins are switched off for this test."));
+    }
+    {
+        // Every suspect off and the problem is gone: one of them.
+        PluginBisectWidget widget(scenario.settings(), dir);
+        QSignalSpy restart(&widget, &PluginBisectWidget::restartRequested);
+        click(widget, "gone");
+        QCOMPARE(restart.count(), 1);
+        QCOMPARE(statusOf(widget),
+                 QStringLiteral("Restart the application, then tell whether the problem is "
+                                "still there. 1 plugin is switched off for this test."));
+    }
+    {
+        // Viewer off and the problem is still there: Storage.
+        PluginBisectWidget widget(scenario.settings(), dir);
+        click(widget, "stillThere");
+        QCOMPARE(statusOf(widget), QStringLiteral("Found it: Storage causes the problem."));
+        QCOMPARE(buttonsOf(widget), QStringList({ "goOn", "finish" }));
+        QSignalSpy restart(&widget, &PluginBisectWidget::restartRequested);
+        click(widget, "finish");
+        QCOMPARE(restart.count(), 1);
+        QCOMPARE(buttonsOf(widget), QStringList({ "start" }));
+    }
+    scenario.settings()->sync();
+    QCOMPARE(ZelvaneTest::fileContent(scenario.settingsFile()), before);
+}
+
+void tst_PluginBisectWidget::pinnedPluginsStayOn()
+{
+    Scenario scenario;
+    QVERIFY(scenario.create({ "zt_core", "zt_storage", "zt_viewer" }));
+    scenario.configureController();
+    PluginBisectWidget widget(scenario.settings(), QDir(scenario.pluginDir()));
+    auto* pins = widget.findChild<QListWidget*>(QStringLiteral("pins"));
+    pins->item(0)->setCheckState(Qt::Checked);
+    click(widget, "start");
+    // Storage is pinned; Viewer alone is suspected and switched off.
+    QCOMPARE(ZelvaneTest::storedSelection(scenario.settingsFile()),
+             QStringList({ "Viewer=false" }));
+    QCOMPARE(statusOf(widget),
+             QStringLiteral("Restart the application, then tell whether the problem is "
+                            "still there. 1 plugin is switched off for this test."));
+}
+
+void tst_PluginBisectWidget::everythingPinned()
+{
+    Scenario scenario;
+    QVERIFY(scenario.create({ "zt_core", "zt_storage", "zt_viewer" }));
+    scenario.configureController();
+    PluginBisectWidget widget(scenario.settings(), QDir(scenario.pluginDir()));
+    auto* pins = widget.findChild<QListWidget*>(QStringLiteral("pins"));
+    pins->item(1)->setCheckState(Qt::Checked);
+    QSignalSpy restart(&widget, &PluginBisectWidget::restartRequested);
+    click(widget, "start");
+    QCOMPARE(restart.count(), 0);
+    QCOMPARE(statusOf(widget),
+             QStringLiteral("No plugin to test: every Extension that loads is pinned."));
+    QCOMPARE(buttonsOf(widget), QStringList({ "start" }));
+}
+
+QTEST_MAIN(tst_PluginBisectWidget)
+#include "tst_pluginbisectwidget.moc"
