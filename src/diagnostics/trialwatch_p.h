@@ -104,6 +104,8 @@ ZELVANE_DIAGNOSTICS_EXPORT QString signalText(int signal);
 // the helpers installed beside it. Empty when the dynamic loader cannot tell.
 QString folderOfCode(const void* address);
 
+// Whether a process with this identifier runs, this one included.
+bool isProcessRunning(qint64 pid);
 // Whether a process with this identifier runs, other than this one.
 bool isOtherProcessRunning(qint64 pid);
 

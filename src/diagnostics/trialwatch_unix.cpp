@@ -32,12 +32,15 @@ QString folderOfCode(const void* address)
     return QFileInfo(QFile::decodeName(info.dli_fname)).absolutePath();
 }
 
+bool isProcessRunning(qint64 pid)
+{
+    // EPERM: it runs, under another user.
+    return pid > 0 && (::kill(pid_t(pid), 0) == 0 || errno == EPERM);
+}
+
 bool isOtherProcessRunning(qint64 pid)
 {
-    if (pid <= 0 || pid == qint64(::getpid()))
-        return false;
-    // EPERM: it runs, under another user.
-    return ::kill(pid_t(pid), 0) == 0 || errno == EPERM;
+    return pid != qint64(::getpid()) && isProcessRunning(pid);
 }
 
 } // namespace Zelvane
