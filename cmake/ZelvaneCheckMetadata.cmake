@@ -135,6 +135,30 @@ elseif(NOT name_type STREQUAL "NUMBER" AND NOT name_type STREQUAL "BOOLEAN")
     zelvane_metadata_error("\"Name\"" "must be a non-empty string, not ${type_text}; ${zelvane_refused}")
 endif()
 
+# The library makes each argument a QCommandLineOption of that very name, and Qt refuses
+# a name that starts with "-" or holds "=": the option then has no name, and the host's
+# parser can never accept it. Two arguments of one name: the parser refuses the second.
+set(zelvane_option_names "")
+function(zelvane_check_option_name key name)
+    string(SUBSTRING "${name}" 0 1 first)
+    if(first STREQUAL "-")
+        string(REGEX REPLACE "^-+" "" bare "${name}")
+        zelvane_metadata_warning("${key}.\"Name\""
+            "\"${name}\" starts with \"-\", which Qt refuses in an option name: the host's command line can never accept it; write \"${bare}\"")
+    endif()
+    string(FIND "${name}" "=" equals)
+    if(NOT equals EQUAL -1)
+        zelvane_metadata_warning("${key}.\"Name\""
+            "\"${name}\" holds \"=\", which Qt refuses in an option name: the host's command line can never accept it")
+    endif()
+    if("${name}" IN_LIST zelvane_option_names)
+        zelvane_metadata_warning("${key}.\"Name\""
+            "\"${name}\" is declared twice: the host's parser refuses the second")
+    endif()
+    set(zelvane_option_names "${zelvane_option_names};${name}" PARENT_SCOPE)
+    set(zelvane_warnings "${zelvane_warnings}" PARENT_SCOPE)
+endfunction()
+
 # "Arguments" is read with strict JSON types, and the library refuses a malformed entry
 # without any error text: this check is the only place that says what is wrong.
 string(JSON arguments_type ERROR_VARIABLE missing TYPE "${json}" Arguments)
@@ -168,6 +192,8 @@ if(NOT missing)
                     if(value STREQUAL "")
                         zelvane_metadata_error("${key}.\"Name\""
                             "must be a non-empty string, not an empty string; ${zelvane_refused}")
+                    else()
+                        zelvane_check_option_name("${key}" "${value}")
                     endif()
                 endif()
                 foreach(optional Description Parameter)
@@ -225,8 +251,19 @@ if(NOT missing)
                 string(JSON type TYPE "${json}" Dependencies ${index})
                 if(NOT type STREQUAL "STRING")
                     zelvane_json_type_text("${type}" type_text)
+                    # Metadata written for other hosts names a dependency as an object;
+                    # the library reads it as an empty name, which no plugin has.
+                    set(hint "")
+                    if(type STREQUAL "OBJECT")
+                        string(JSON named_type ERROR_VARIABLE no_name
+                            TYPE "${json}" Dependencies ${index} Name)
+                        if(NOT no_name AND named_type STREQUAL "STRING")
+                            string(JSON named GET "${json}" Dependencies ${index} Name)
+                            set(hint "; it names ${named}, but as an object: write \"${named}\"")
+                        endif()
+                    endif()
                     zelvane_metadata_warning("\"Dependencies\"[${index}]"
-                        "should be a plugin name, not ${type_text}")
+                        "should be a plugin name, not ${type_text}${hint}")
                     continue()
                 endif()
                 string(JSON dependency GET "${json}" Dependencies ${index})
