@@ -92,6 +92,17 @@ void PluginFactory::write(const Template& shape, const QString& path, const QStr
 
 QStringList PluginFactory::writeFlat(const QString& dir, int count) const
 {
+    return writeBesideCore(m_leaf, dir, count);
+}
+
+QStringList PluginFactory::writeRich(const QString& dir, int count) const
+{
+    return writeBesideCore(m_rich, dir, count);
+}
+
+QStringList PluginFactory::writeBesideCore(const Template& extension, const QString& dir,
+                                           int count) const
+{
     QDir().mkpath(dir);
     const QDir folder(dir);
     QStringList paths;
@@ -100,22 +111,8 @@ QStringList PluginFactory::writeFlat(const QString& dir, int count) const
     const QString corePath = folder.filePath(fileName(0));
     write(m_core, corePath, QStringLiteral("core-00000000000"), {}, {});
     for (int index = 1; index < count; ++index)
-        write(m_leaf, folder.filePath(fileName(index)), pluginName(index), {}, optionName(index));
-    for (int index = count - 1; index >= 1; --index)
-        paths.append(folder.filePath(fileName(index)));
-    paths.prepend(corePath);
-    return paths;
-}
-
-QStringList PluginFactory::writeRich(const QString& dir, int count) const
-{
-    QDir().mkpath(dir);
-    const QDir folder(dir);
-    QStringList paths;
-    const QString corePath = folder.filePath(fileName(0));
-    write(m_core, corePath, QStringLiteral("core-00000000000"), {}, {});
-    for (int index = 1; index < count; ++index)
-        write(m_rich, folder.filePath(fileName(index)), pluginName(index), {}, optionName(index));
+        write(extension, folder.filePath(fileName(index)), pluginName(index), {},
+              optionName(index));
     for (int index = count - 1; index >= 1; --index)
         paths.append(folder.filePath(fileName(index)));
     paths.prepend(corePath);

@@ -47,6 +47,8 @@ private:
     bool read(Template& shape, const QString& fileName, bool dependency, bool option);
     void write(const Template& shape, const QString& path, const QString& name,
                const QString& dependency, const QString& option) const;
+    // One Core plugin and count - 1 Extensions of the given shape, without dependencies.
+    QStringList writeBesideCore(const Template& extension, const QString& dir, int count) const;
 
     Template m_core;
     Template m_leaf;
