@@ -96,6 +96,8 @@ private slots:
     void isolateSwitchesOffEachCulpritInTurn();
     void settingsOfTheHostAreReadNotWritten();
     void shutdownNamesThePluginWhoseUnloadCrashes();
+    void unloadThatExitsOrHangs_data();
+    void unloadThatExitsOrHangs();
     void withoutShutdownTheUnloadsAreNotWatched();
     void isolateSwitchesOffAPluginThatCrashesAtShutdown();
     void helperThatCannotStart();
@@ -249,6 +251,39 @@ void tst_TrialWatch::shutdownNamesThePluginWhoseUnloadCrashes()
     QCOMPARE(report.shutdownCulprits(), QStringList { QStringLiteral("SegvAtExit") });
     QCOMPARE(report.everyPluginStarted(), true);
     QCOMPARE(report.runs, 1);
+}
+
+void tst_TrialWatch::unloadThatExitsOrHangs_data()
+{
+    QTest::addColumn<QString>("plugin");
+    QTest::addColumn<QStringList>("expected");
+
+    QTest::newRow("exit() in the destructor")
+        << QStringLiteral("zt_trial_exitatexit")
+        << QStringList { QStringLiteral("Core: -"),
+                         QStringLiteral("ExitAtExit: exited while unloading: exit code 3") };
+    QTest::newRow("a destructor that never returns is stopped at the timeout")
+        << QStringLiteral("zt_trial_hangatexit")
+        << QStringList { QStringLiteral("Core: -"),
+                         QStringLiteral("HangAtExit: hung while unloading: no progress within "
+                                        "the timeout, stopped") };
+}
+
+void tst_TrialWatch::unloadThatExitsOrHangs()
+{
+    QFETCH(QString, plugin);
+    QFETCH(QStringList, expected);
+
+    QTemporaryDir folder;
+    QVERIFY(ZelvaneTest::copyPlugins(folder.path(), { QStringLiteral("zt_core"), plugin }));
+    Zelvane::TrialWatch watch = watchOver(folder.path());
+    watch.shutdown = true;
+    const Zelvane::TrialReport report = watch.run();
+    QCOMPARE(report.error, QString());
+    QCOMPARE(describeUnloads(report), expected);
+    QCOMPARE(report.shutdownCulprits(),
+             QStringList { expected.constLast().section(QLatin1Char(':'), 0, 0) });
+    QCOMPARE(report.everyPluginStarted(), true);
 }
 
 void tst_TrialWatch::withoutShutdownTheUnloadsAreNotWatched()
