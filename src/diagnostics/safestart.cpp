@@ -100,6 +100,9 @@ QList<SafeStart::Culprit> SafeStart::findCulprits(const QDir& dir,
     watch.arguments = arguments;
     watch.timeoutSeconds = d->timeout;
     watch.isolate = true;
+    // A plugin that takes the host down as it quits breaks every run of it as surely as
+    // one that crashes while it loads: the trial goes on through shutdown() to name it.
+    watch.shutdown = true;
 
     const TrialReport report = watch.run();
     if (report.runs == 0 || (!report.error.isEmpty() && report.plugins.isEmpty()))
@@ -108,6 +111,8 @@ QList<SafeStart::Culprit> SafeStart::findCulprits(const QDir& dir,
     for (const TrialPlugin& plugin : report.plugins) {
         if (plugin.cannotStart())
             culprits.append(Culprit { plugin.name, plugin.file, trialOutcomeText(plugin) });
+        else if (plugin.cannotShutDown())
+            culprits.append(Culprit { plugin.name, plugin.file, trialUnloadText(plugin) });
     }
     return culprits;
 }

@@ -31,6 +31,11 @@ namespace Zelvane {
 //   {"event":"finished","plugin":I,"ok":B,"us":T[,"error":E]}
 //   {"event":"end","ok":B,"us":T[,"error":E]}           loadPlugins() returned
 //
+// and, when the helper is asked to (--shutdown), PluginController::shutdown() after it:
+//
+//   {"event":"unloading","plugin":I,"us":T}             before each unload, in its order
+//   {"event":"shutdown","us":T}                         shutdown() returned
+//
 // T is trialClockUs(): both processes read the same monotonic clock, so that the watcher
 // can time a step that never finished. Both sides spell the keys from here only.
 namespace TrialProtocol {
@@ -51,6 +56,8 @@ constexpr QLatin1String startEvent("start");
 constexpr QLatin1String stepEvent("step");
 constexpr QLatin1String finishedEvent("finished");
 constexpr QLatin1String endEvent("end");
+constexpr QLatin1String unloadingEvent("unloading");
+constexpr QLatin1String shutdownEvent("shutdown");
 
 // The name of a step on the wire; LoadStep::Finished is told by a "finished" event.
 inline QString stepName(LoadStep step)

@@ -32,6 +32,7 @@ struct Run
     bool ended = false; // loadPlugins() returned
     bool endedOk = false;
     QString endError;
+    bool shutDown = false; // shutdown() returned
     QString failure; // the child itself could not run
 };
 
@@ -56,13 +57,31 @@ private:
     {
         return m_current >= 0 && m_current < m_run.plan.size() ? &m_run.plan[m_current] : nullptr;
     }
+    TrialPlugin* unloading()
+    {
+        return m_unloading >= 0 && m_unloading < m_run.plan.size() ? &m_run.plan[m_unloading]
+                                                                   : nullptr;
+    }
+    void unloaded(const QJsonObject& event);
 
     const TrialWatch& m_watch;
     const QStringList m_switchedOff;
     Run m_run;
     int m_current = -1;
+    int m_unloading = -1; // the plugin shutdown() unloads, once it has begun
     bool m_progress = false; // a plugin was entered since the deadline was last set
 };
+
+// The unload under way, if any, is over: the next one begins or shutdown() returned.
+void RunWatch::unloaded(const QJsonObject& event)
+{
+    TrialPlugin* plugin = unloading();
+    if (!plugin)
+        return;
+    plugin->unload = TrialPlugin::Unload::Unloaded;
+    plugin->unloadEnd = relative(event);
+    m_unloading = -1;
+}
 
 void RunWatch::handle(const QJsonObject& event)
 {
@@ -118,6 +137,18 @@ void RunWatch::handle(const QJsonObject& event)
         m_run.ended = true;
         m_run.endedOk = event.value(okKey).toBool();
         m_run.endError = event.value(errorKey).toString();
+        // shutdown() gets the whole timeout up to its first unload.
+        if (m_watch.shutdown)
+            m_progress = true;
+    } else if (type == unloadingEvent) {
+        unloaded(event);
+        m_unloading = event.value(pluginKey).toInt(-1);
+        if (TrialPlugin* plugin = unloading())
+            plugin->unloadStart = relative(event);
+        m_progress = true;
+    } else if (type == shutdownEvent) {
+        unloaded(event);
+        m_run.shutDown = true;
     }
 }
 
@@ -130,6 +161,8 @@ Run RunWatch::run()
         arguments << QStringLiteral("--arg") << it.key() + QLatin1Char('=') + it.value();
     for (const QString& name : m_switchedOff)
         arguments << QStringLiteral("--switch-off") << name;
+    if (m_watch.shutdown)
+        arguments << QStringLiteral("--shutdown");
 
     QProcess process;
     // What plugins print is theirs; the report says what happened to them.
@@ -141,8 +174,9 @@ Run RunWatch::run()
         return m_run;
     }
 
-    // Every plugin gets the whole timeout, from the moment its library starts loading;
-    // so does the start of the child, up to the first plugin.
+    // Every plugin gets the whole timeout, from the moment its library starts loading
+    // (or, with shutdown, its unload begins); so does the start of the child, up to the
+    // first plugin.
     const qint64 timeoutUs = qint64(m_watch.timeoutSeconds) * 1000000;
     qint64 deadline = nowUs() + timeoutUs;
     bool timedOut = false;
@@ -172,8 +206,25 @@ Run RunWatch::run()
     const qint64 stoppedAt = nowUs();
     readLines();
 
-    if (m_run.ended)
-        return m_run; // whatever happens after loadPlugins() returned is not the start-up
+    if (m_run.ended) {
+        // Without shutdown, whatever happens after loadPlugins() returned is not the
+        // start-up. With it, a process that ends before shutdown() returned was taken
+        // down by the plugin being unloaded.
+        TrialPlugin* plugin = unloading();
+        if (m_watch.shutdown && !m_run.shutDown && plugin) {
+            plugin->unloadEnd = stoppedAt - m_run.startUs;
+            if (timedOut) {
+                plugin->unload = TrialPlugin::Unload::TimedOut;
+            } else if (process.exitStatus() == QProcess::CrashExit) {
+                plugin->unload = TrialPlugin::Unload::Crashed;
+                plugin->signal = process.exitCode();
+            } else {
+                plugin->unload = TrialPlugin::Unload::Exited;
+                plugin->exitCode = process.exitCode();
+            }
+        }
+        return m_run;
+    }
 
     TrialPlugin* plugin = current();
     if (plugin && plugin->outcome == TrialPlugin::Outcome::NotTried) {
@@ -250,6 +301,25 @@ QString trialOutcomeText(const TrialPlugin& plugin)
                        "cannot start are switched off");
 }
 
+QString trialUnloadText(const TrialPlugin& plugin)
+{
+    switch (plugin.unload) {
+    case TrialPlugin::Unload::NotReached:
+        break;
+    case TrialPlugin::Unload::Unloaded:
+        return QObject::tr("unloaded in %1 ms")
+            .arg(milliseconds(plugin.unloadEnd - plugin.unloadStart));
+    case TrialPlugin::Unload::Crashed:
+        return QObject::tr("crashed while unloading: signal %1")
+            .arg(Zelvane::signalText(plugin.signal));
+    case TrialPlugin::Unload::Exited:
+        return QObject::tr("exited while unloading: exit code %1").arg(plugin.exitCode);
+    case TrialPlugin::Unload::TimedOut:
+        return QObject::tr("hung while unloading: no progress within the timeout, stopped");
+    }
+    return QString();
+}
+
 qint64 TrialPlugin::libraryUs() const
 {
     if (libraryStart < 0)
@@ -282,11 +352,22 @@ QStringList TrialReport::culprits() const
     return names;
 }
 
+QStringList TrialReport::shutdownCulprits() const
+{
+    QStringList names;
+    for (const TrialPlugin& plugin : plugins) {
+        if (plugin.cannotShutDown())
+            names.append(plugin.name);
+    }
+    return names;
+}
+
 TrialReport TrialWatch::run() const
 {
     TrialReport report;
     report.timeoutSeconds = timeoutSeconds;
     report.isolated = isolate;
+    report.shutdown = shutdown;
     QStringList switchedOff;
     QSet<QString> culpritFiles;
     for (;;) {
@@ -327,12 +408,17 @@ TrialReport TrialWatch::run() const
                 *found = plugin;
         }
 
-        if (run.ended && run.endedOk) {
+        // Once every plugin started, the one whose unload took shutdown() down, if any,
+        // is the run's culprit.
+        const bool started = run.ended && run.endedOk;
+        const auto culprit
+            = std::find_if(run.plan.cbegin(), run.plan.cend(), [started](const TrialPlugin& p) {
+                  return started ? p.cannotShutDown() : p.cannotStart();
+              });
+        if (started && culprit == run.plan.cend()) {
             report.error.clear();
             return report;
         }
-        const auto culprit = std::find_if(run.plan.cbegin(), run.plan.cend(),
-                                          [](const TrialPlugin& p) { return p.cannotStart(); });
         if (culprit == run.plan.cend()) {
             // loadPlugins() failed before any plugin: the folder has no Core plugin.
             report.error = run.endError;

@@ -50,10 +50,29 @@ struct ZELVANE_DIAGNOSTICS_EXPORT TrialPlugin
     qint64 initializeStart = -1;
     qint64 end = -1;
 
+    // With TrialWatch::shutdown: what became of it when shutdown() unloaded it. signal
+    // and exitCode tell the cause as for loading (a plugin that failed to unload had
+    // started). Times as above; unloadEnd is when the next unload began, shutdown()
+    // returned, or the process died or was stopped.
+    enum class Unload {
+        NotReached, // not asked for, or shutdown() stopped at an earlier plugin
+        Unloaded,
+        Crashed,
+        Exited,
+        TimedOut,
+    };
+    Unload unload = Unload::NotReached;
+    qint64 unloadStart = -1;
+    qint64 unloadEnd = -1;
+
     bool cannotStart() const
     {
         return outcome == Outcome::Failed || outcome == Outcome::Crashed
             || outcome == Outcome::Exited || outcome == Outcome::TimedOut;
+    }
+    bool cannotShutDown() const
+    {
+        return unload == Unload::Crashed || unload == Unload::Exited || unload == Unload::TimedOut;
     }
     // Loading the library and creating its root object, and initialize(); -1 if not known.
     qint64 libraryUs() const;
@@ -68,10 +87,13 @@ struct ZELVANE_DIAGNOSTICS_EXPORT TrialReport
     int timeoutSeconds = 0;
     bool isolated = false;
     bool coreCannotBeLeftOut = false; // a Core plugin that cannot start runs anyway
+    bool shutdown = false; // shutdown() ran after loadPlugins()
 
     bool everyPluginStarted() const;
     // The plugins that crashed, exited, hung or failed, in load order.
     QStringList culprits() const;
+    // The plugins that crashed, exited or hung while shutdown() unloaded them.
+    QStringList shutdownCulprits() const;
 };
 
 // Runs zelvane-trial over a plugin folder in a child process and watches it. The
@@ -89,6 +111,9 @@ public:
     QMap<QString, QString> arguments;
     int timeoutSeconds = 5; // per plugin
     bool isolate = false;
+    // Call shutdown() after loadPlugins() and watch the unloads too; with isolate, a
+    // plugin that takes shutdown() down is switched off in turn as well.
+    bool shutdown = false;
 
     TrialReport run() const;
 
@@ -112,5 +137,9 @@ bool isOtherProcessRunning(qint64 pid);
 // What became of the plugin, as users read it: "started: library 0.41 ms, initialize
 // 0.02 ms", "crashed in initialize(): signal SIGSEGV (Segmentation fault)", ...
 ZELVANE_DIAGNOSTICS_EXPORT QString trialOutcomeText(const TrialPlugin& plugin);
+
+// What became of it at shutdown(): "unloaded in 0.12 ms", "crashed while unloading:
+// signal SIGSEGV (Segmentation fault)", ...; empty when shutdown() did not reach it.
+ZELVANE_DIAGNOSTICS_EXPORT QString trialUnloadText(const TrialPlugin& plugin);
 
 } // namespace Zelvane

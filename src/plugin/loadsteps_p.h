@@ -27,6 +27,13 @@ enum class LoadStep {
 using LoadStepObserver = void (*)(const PluginLoader& plugin, LoadStep step);
 void setLoadStepObserver(LoadStepObserver observer);
 
+// Told as PluginLoader::unload() begins, before the library goes and the root object's
+// destructor runs: the trial loader sets one after loadPlugins() has returned, so that a
+// plugin that takes the process down in shutdown() is named too. Like the load-step
+// observer, nothing else sets one and without it unload() is unchanged.
+using UnloadObserver = void (*)(const PluginLoader& plugin);
+void setUnloadObserver(UnloadObserver observer);
+
 // Told of every step as well, for as long as it lives, whatever observer is set: the
 // controller keeps one on the stack while loadPlugins() runs to time the start-up, and
 // the trial loader's observer must not displace it, nor it the observer. Listeners

@@ -28,6 +28,7 @@ namespace {
 
 LoadStepObserver loadStepObserver = nullptr;
 LoadStepListener* innermostListener = nullptr;
+UnloadObserver unloadObserver = nullptr;
 
 void enterStep(const PluginLoader& plugin, LoadStep step)
 {
@@ -64,6 +65,11 @@ bool initializeGuarded(IPlugin* plugin, const QMap<QString, QString>& arguments,
 void setLoadStepObserver(LoadStepObserver observer)
 {
     loadStepObserver = observer;
+}
+
+void setUnloadObserver(UnloadObserver observer)
+{
+    unloadObserver = observer;
 }
 
 LoadStepListener::LoadStepListener()
@@ -156,8 +162,11 @@ bool PluginLoader::load(const QMap<QString, QString>& arguments)
  */
 void PluginLoader::unload()
 {
-    if (d)
-        d->loader.unload();
+    if (!d)
+        return;
+    if (unloadObserver)
+        unloadObserver(*this);
+    d->loader.unload();
 }
 
 /*!
@@ -344,8 +353,8 @@ bool PluginLoader::operator==(const QString& pluginName) const
  */
 
 /*!
- * \fn virtual bool Zelvane::IPlugin::initialize(const QMap<QString, QString>& arguments, QString* errorString) = 0
- * \brief Called once per load, on the thread that loads the plugins, after the
+ * \fn virtual bool Zelvane::IPlugin::initialize(const QMap<QString, QString>& arguments, QString*
+ * errorString) = 0 \brief Called once per load, on the thread that loads the plugins, after the
  * plugins that this one depends on have been initialised.
  *
  * arguments is the whole map that the host gave PluginController::setArguments():

@@ -37,6 +37,7 @@ private slots:
     void markOfAProcessThatStillRuns();
     void findAndSwitchOff();
     void everyPluginStarts();
+    void crashAtShutdown();
     void noTrialProgram();
     void coreOnlyStartLeavesTheSelectionAlone();
 };
@@ -151,6 +152,30 @@ void tst_SafeStart::everyPluginStarts()
     QCOMPARE(safeStart.errorString(), QString());
     // The trial ran in another process: nothing was loaded here.
     QCOMPARE(ZelvaneTest::events(), QStringList());
+}
+
+void tst_SafeStart::crashAtShutdown()
+{
+    QTemporaryDir folder;
+    QVERIFY(ZelvaneTest::copyPlugins(folder.path(),
+                                     { QStringLiteral("zt_core"), QStringLiteral("zt_storage"),
+                                       QStringLiteral("zt_trial_segvatexit") }));
+    QTemporaryDir settingsFolder;
+    const QString settingsFile = settingsFolder.filePath(QStringLiteral("host.ini"));
+    QSettings settings(settingsFile, QSettings::IniFormat);
+    Zelvane::SafeStart safeStart(&settings);
+    const QList<Zelvane::SafeStart::Culprit> culprits = safeStart.findCulprits(QDir(folder.path()));
+    QCOMPARE(safeStart.errorString(), QString());
+    // Every plugin starts; the one whose destructor crashes as shutdown() unloads it
+    // takes the host down all the same.
+    QCOMPARE(namesOf(culprits),
+             QStringList { QStringLiteral("SegvAtExit (libzt_trial_segvatexit.so): crashed "
+                                          "while unloading: signal SIGSEGV (Segmentation "
+                                          "fault)") });
+    safeStart.switchOff(culprits);
+    QCOMPARE(ZelvaneTest::storedSelection(settingsFile),
+             QStringList { QStringLiteral("SegvAtExit=false") });
+    QCOMPARE(namesOf(safeStart.findCulprits(QDir(folder.path()))), QStringList());
 }
 
 void tst_SafeStart::noTrialProgram()

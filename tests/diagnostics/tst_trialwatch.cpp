@@ -1,7 +1,8 @@
 // The trial watcher that SafeStart and zelvane-inspect --trial share: it starts the
 // trial helper over a plugin folder and names, for each plugin in load order, what
 // became of it, the step it was in and why, over plugins that crash, abort, exit, hang
-// or take their time at one step of their loading.
+// or take their time at one step of their loading, and, with shutdown, over a plugin
+// that crashes as it is unloaded.
 
 #include "diagnostics/trialwatch_p.h"
 
@@ -53,6 +54,21 @@ QStringList describe(const Zelvane::TrialReport& report)
     return lines;
 }
 
+// "Name: what shutdown() did to it", with every time replaced by "#"; "-" when it was
+// not reached.
+QStringList describeUnloads(const Zelvane::TrialReport& report)
+{
+    QStringList lines;
+    for (const TrialPlugin& plugin : report.plugins) {
+        QString text = Zelvane::trialUnloadText(plugin);
+        static const QRegularExpression time(QStringLiteral("\\d+\\.\\d\\d ms"));
+        text.replace(time, QStringLiteral("# ms"));
+        lines.append(plugin.name + QStringLiteral(": ")
+                     + (text.isEmpty() ? QStringLiteral("-") : text));
+    }
+    return lines;
+}
+
 Zelvane::TrialWatch watchOver(const QString& folder)
 {
     Zelvane::TrialWatch watch;
@@ -79,6 +95,11 @@ private slots:
     void outcomes();
     void isolateSwitchesOffEachCulpritInTurn();
     void settingsOfTheHostAreReadNotWritten();
+    void shutdownNamesThePluginWhoseUnloadCrashes();
+    void unloadThatExitsOrHangs_data();
+    void unloadThatExitsOrHangs();
+    void withoutShutdownTheUnloadsAreNotWatched();
+    void isolateSwitchesOffAPluginThatCrashesAtShutdown();
     void helperThatCannotStart();
     void signalNames();
 };
@@ -201,6 +222,107 @@ void tst_TrialWatch::settingsOfTheHostAreReadNotWritten()
     QCOMPARE(report.culprits(), QStringList { QStringLiteral("Viewer") });
     QCOMPARE(ZelvaneTest::storedSelection(settingsFile),
              QStringList { QStringLiteral("Segv=false") });
+}
+
+void tst_TrialWatch::shutdownNamesThePluginWhoseUnloadCrashes()
+{
+    QTemporaryDir folder;
+    QVERIFY(ZelvaneTest::copyPlugins(folder.path(),
+                                     { QStringLiteral("zt_core"), QStringLiteral("zt_storage"),
+                                       QStringLiteral("zt_trial_segvatexit") }));
+    Zelvane::TrialWatch watch = watchOver(folder.path());
+    watch.shutdown = true;
+    const Zelvane::TrialReport report = watch.run();
+    QCOMPARE(report.error, QString());
+    QCOMPARE(report.shutdown, true);
+    QCOMPARE(describe(report),
+             (QStringList {
+                 QStringLiteral("Core (libzt_core.so): initialize: ") + started,
+                 QStringLiteral("SegvAtExit (libzt_trial_segvatexit.so): initialize: ") + started,
+                 QStringLiteral("Storage (libzt_storage.so): initialize: ") + started }));
+    // shutdown() unloads in reverse load order: Storage goes, SegvAtExit takes the
+    // process down, Core is never reached.
+    QCOMPARE(describeUnloads(report),
+             (QStringList { QStringLiteral("Core: -"),
+                            QStringLiteral("SegvAtExit: crashed while unloading: signal SIGSEGV "
+                                           "(Segmentation fault)"),
+                            QStringLiteral("Storage: unloaded in # ms") }));
+    QCOMPARE(report.culprits(), QStringList());
+    QCOMPARE(report.shutdownCulprits(), QStringList { QStringLiteral("SegvAtExit") });
+    QCOMPARE(report.everyPluginStarted(), true);
+    QCOMPARE(report.runs, 1);
+}
+
+void tst_TrialWatch::unloadThatExitsOrHangs_data()
+{
+    QTest::addColumn<QString>("plugin");
+    QTest::addColumn<QStringList>("expected");
+
+    QTest::newRow("exit() in the destructor")
+        << QStringLiteral("zt_trial_exitatexit")
+        << QStringList { QStringLiteral("Core: -"),
+                         QStringLiteral("ExitAtExit: exited while unloading: exit code 3") };
+    QTest::newRow("a destructor that never returns is stopped at the timeout")
+        << QStringLiteral("zt_trial_hangatexit")
+        << QStringList { QStringLiteral("Core: -"),
+                         QStringLiteral("HangAtExit: hung while unloading: no progress within "
+                                        "the timeout, stopped") };
+}
+
+void tst_TrialWatch::unloadThatExitsOrHangs()
+{
+    QFETCH(QString, plugin);
+    QFETCH(QStringList, expected);
+
+    QTemporaryDir folder;
+    QVERIFY(ZelvaneTest::copyPlugins(folder.path(), { QStringLiteral("zt_core"), plugin }));
+    Zelvane::TrialWatch watch = watchOver(folder.path());
+    watch.shutdown = true;
+    const Zelvane::TrialReport report = watch.run();
+    QCOMPARE(report.error, QString());
+    QCOMPARE(describeUnloads(report), expected);
+    QCOMPARE(report.shutdownCulprits(),
+             QStringList { expected.constLast().section(QLatin1Char(':'), 0, 0) });
+    QCOMPARE(report.everyPluginStarted(), true);
+}
+
+void tst_TrialWatch::withoutShutdownTheUnloadsAreNotWatched()
+{
+    QTemporaryDir folder;
+    QVERIFY(ZelvaneTest::copyPlugins(folder.path(),
+                                     { QStringLiteral("zt_core"), QStringLiteral("zt_storage"),
+                                       QStringLiteral("zt_trial_segvatexit") }));
+    const Zelvane::TrialReport report = watchOver(folder.path()).run();
+    QCOMPARE(report.error, QString());
+    QCOMPARE(report.shutdown, false);
+    QCOMPARE(describeUnloads(report),
+             (QStringList { QStringLiteral("Core: -"), QStringLiteral("SegvAtExit: -"),
+                            QStringLiteral("Storage: -") }));
+    QCOMPARE(report.shutdownCulprits(), QStringList());
+    QCOMPARE(report.everyPluginStarted(), true);
+}
+
+void tst_TrialWatch::isolateSwitchesOffAPluginThatCrashesAtShutdown()
+{
+    QTemporaryDir folder;
+    QVERIFY(ZelvaneTest::copyPlugins(folder.path(),
+                                     { QStringLiteral("zt_core"), QStringLiteral("zt_storage"),
+                                       QStringLiteral("zt_trial_segvatexit") }));
+    Zelvane::TrialWatch watch = watchOver(folder.path());
+    watch.shutdown = true;
+    watch.isolate = true;
+    const Zelvane::TrialReport report = watch.run();
+    QCOMPARE(report.error, QString());
+    // The second run, without SegvAtExit, unloads every plugin; SegvAtExit keeps what
+    // the first run found.
+    QCOMPARE(describeUnloads(report),
+             (QStringList { QStringLiteral("Core: unloaded in # ms"),
+                            QStringLiteral("SegvAtExit: crashed while unloading: signal SIGSEGV "
+                                           "(Segmentation fault)"),
+                            QStringLiteral("Storage: unloaded in # ms") }));
+    QCOMPARE(report.plugins.at(1).run, 0);
+    QCOMPARE(report.shutdownCulprits(), QStringList { QStringLiteral("SegvAtExit") });
+    QCOMPARE(report.runs, 2);
 }
 
 void tst_TrialWatch::helperThatCannotStart()

@@ -1,13 +1,13 @@
 // zelvane-inspect: what a Zelvane host would make of a plugin directory, from the
 // plugins' metadata alone.
 
+#include "diagnostics/trialwatch_p.h"
 #include "graph.h"
 #include "inspection.h"
 #include "permissions.h"
 #include "report.h"
 #include "timeline.h"
 #include "trialreport.h"
-#include "diagnostics/trialwatch_p.h"
 
 #include <QtCore/QCommandLineParser>
 #include <QtCore/QCoreApplication>
@@ -82,10 +82,12 @@ int main(int argc, char* argv[])
         "runs plugin code.\n"
         "With --trial it does load them, as a host would, in a child process (zelvane-trial), "
         "and reports for each plugin the time it took or the step and cause of its failure: a "
-        "crash, an exit, no progress within the timeout.\n"
+        "crash, an exit, no progress within the timeout. With --shutdown the child then calls "
+        "shutdown() and reports the plugin whose unloading fails the same way.\n"
         "It warns about a plugin folder or file that users other than the host's can write.\n"
         "Exit status: 0; 1 when loading would fail for want of a Core plugin or would drop a "
-        "plugin (with --trial: when not every plugin started); 2 for a usage error or a file "
+        "plugin (with --trial: when not every plugin started, or with --shutdown one failed to "
+        "unload); 2 for a usage error or a file "
         "that cannot be written."));
     parser.addHelpOption();
     parser.addPositionalArgument(QStringLiteral("DIR"), QObject::tr("The plugin directory."));
@@ -116,6 +118,10 @@ int main(int argc, char* argv[])
         QObject::tr("With --trial: a plugin argument, as the host's command line would give it. "
                     "Repeatable."),
         QObject::tr("NAME=VALUE"));
+    const QCommandLineOption shutdownOption(
+        QStringLiteral("shutdown"),
+        QObject::tr("With --trial: call shutdown() after loading, as a host does before it "
+                    "exits, and report each plugin's unloading too."));
     const QCommandLineOption timelineOption(
         QStringLiteral("timeline"),
         QObject::tr("Run the trial and draw its time line into FILE (.png or .svg)."),
@@ -126,14 +132,14 @@ int main(int argc, char* argv[])
                     ".svg and .png."),
         QObject::tr("FILE"));
     parser.addOptions({ iidOption, settingsOption, jsonOption, trialOption, isolateOption,
-                        timeoutOption, argOption, timelineOption, graphOption });
+                        timeoutOption, argOption, shutdownOption, timelineOption, graphOption });
     parser.process(app);
 
     QTextStream err(stderr);
     const QStringList positional = parser.positionalArguments();
     const bool trial = parser.isSet(trialOption) || parser.isSet(timelineOption);
-    const bool trialOnlyOptions
-        = parser.isSet(isolateOption) || parser.isSet(timeoutOption) || parser.isSet(argOption);
+    const bool trialOnlyOptions = parser.isSet(isolateOption) || parser.isSet(timeoutOption)
+        || parser.isSet(argOption) || parser.isSet(shutdownOption);
     bool timeoutValid = false;
     const int timeout = parser.value(timeoutOption).toInt(&timeoutValid);
     if (positional.size() != 1 || !parser.isSet(iidOption) || (trialOnlyOptions && !trial)
@@ -191,6 +197,7 @@ int main(int argc, char* argv[])
                                    pair.section(QLatin1Char('='), 1));
         watch.timeoutSeconds = timeout;
         watch.isolate = parser.isSet(isolateOption);
+        watch.shutdown = parser.isSet(shutdownOption);
         trialReport = watch.run();
         if (parser.isSet(timelineOption)) {
             QString error;
@@ -217,6 +224,6 @@ int main(int argc, char* argv[])
     }
     out.flush();
     if (trial)
-        return trialReport.everyPluginStarted() ? 0 : 1;
+        return trialReport.everyPluginStarted() && trialReport.shutdownCulprits().isEmpty() ? 0 : 1;
     return inspection.hasProblems() ? 1 : 0;
 }

@@ -49,6 +49,23 @@ QString outcomeKey(TrialPlugin::Outcome outcome)
     return QStringLiteral("dropped");
 }
 
+QJsonValue unloadKey(TrialPlugin::Unload unload)
+{
+    switch (unload) {
+    case TrialPlugin::Unload::NotReached:
+        break;
+    case TrialPlugin::Unload::Unloaded:
+        return QStringLiteral("unloaded");
+    case TrialPlugin::Unload::Crashed:
+        return QStringLiteral("crashed");
+    case TrialPlugin::Unload::Exited:
+        return QStringLiteral("exited");
+    case TrialPlugin::Unload::TimedOut:
+        return QStringLiteral("timedOut");
+    }
+    return QJsonValue();
+}
+
 QJsonValue msOrNull(qint64 us)
 {
     return us < 0 ? QJsonValue() : QJsonValue(double(us) / 1000.0);
@@ -61,6 +78,8 @@ QString trialText(const Zelvane::TrialReport& report)
     QStringList lines;
     QString title = QObject::tr("Trial load (in a child process, timeout %1 s per plugin")
                         .arg(report.timeoutSeconds);
+    if (report.shutdown)
+        title += QObject::tr(", shutdown() included");
     if (report.isolated)
         title += report.runs == 1
             ? QObject::tr(", each plugin that cannot start switched off in turn: 1 run")
@@ -69,9 +88,13 @@ QString trialText(const Zelvane::TrialReport& report)
     lines << title + QStringLiteral("):");
     for (int i = 0; i < report.plugins.size(); ++i) {
         const TrialPlugin& plugin = report.plugins.at(i);
-        lines << QStringLiteral("  %1. %2 (%3): %4")
-                     .arg(i + 1)
-                     .arg(plugin.name, plugin.file, Zelvane::trialOutcomeText(plugin));
+        QString line = QStringLiteral("  %1. %2 (%3): %4")
+                           .arg(i + 1)
+                           .arg(plugin.name, plugin.file, Zelvane::trialOutcomeText(plugin));
+        const QString unload = Zelvane::trialUnloadText(plugin);
+        if (!unload.isEmpty())
+            line += QStringLiteral("; ") + unload;
+        lines << line;
     }
     if (!report.error.isEmpty())
         lines << QObject::tr("  nothing is loaded: %1").arg(report.error);
@@ -85,6 +108,10 @@ QString trialText(const Zelvane::TrialReport& report)
         lines << QObject::tr("Cannot start: %1").arg(culprits.join(QStringLiteral(", ")));
     else
         lines << QObject::tr("Not every plugin started.");
+    const QStringList shutdownCulprits = report.shutdownCulprits();
+    if (!shutdownCulprits.isEmpty())
+        lines
+            << QObject::tr("Cannot shut down: %1").arg(shutdownCulprits.join(QStringLiteral(", ")));
     return lines.join(QLatin1Char('\n')) + QLatin1Char('\n');
 }
 
@@ -108,9 +135,22 @@ QJsonObject trialJson(const Zelvane::TrialReport& report)
             object.insert(QStringLiteral("exitCode"), plugin.exitCode);
         if (plugin.outcome == TrialPlugin::Outcome::Failed)
             object.insert(QStringLiteral("error"), plugin.error);
+        if (report.shutdown) {
+            // A plugin that failed to unload had started: the cause is its unload's.
+            object.insert(QStringLiteral("unload"), unloadKey(plugin.unload));
+            object.insert(QStringLiteral("unloadText"), Zelvane::trialUnloadText(plugin));
+            object.insert(QStringLiteral("unloadMs"),
+                          plugin.unloadStart >= 0 && plugin.unloadEnd >= 0
+                              ? msOrNull(plugin.unloadEnd - plugin.unloadStart)
+                              : QJsonValue());
+            if (plugin.unload == TrialPlugin::Unload::Crashed)
+                object.insert(QStringLiteral("signal"), Zelvane::signalText(plugin.signal));
+            if (plugin.unload == TrialPlugin::Unload::Exited)
+                object.insert(QStringLiteral("exitCode"), plugin.exitCode);
+        }
         plugins.append(object);
     }
-    return QJsonObject {
+    QJsonObject trial {
         { QStringLiteral("timeoutSeconds"), report.timeoutSeconds },
         { QStringLiteral("isolate"), report.isolated },
         { QStringLiteral("runs"), report.runs },
@@ -121,6 +161,12 @@ QJsonObject trialJson(const Zelvane::TrialReport& report)
         { QStringLiteral("cannotStart"), QJsonArray::fromStringList(report.culprits()) },
         { QStringLiteral("everyPluginStarted"), report.everyPluginStarted() },
     };
+    if (report.shutdown) {
+        trial.insert(QStringLiteral("shutdown"), true);
+        trial.insert(QStringLiteral("cannotShutDown"),
+                     QJsonArray::fromStringList(report.shutdownCulprits()));
+    }
+    return trial;
 }
 
 } // namespace ZelvaneInspect

@@ -1,7 +1,9 @@
 // zelvane-trial: loads a plugin folder as a host would, in a process of its own, and
 // tells the process that started it (zelvane-inspect --trial, Zelvane::SafeStart) each
 // step as it is entered. When a plugin crashes, aborts, exits or hangs, the last line
-// written names the plugin and the step; the watcher supplies the cause.
+// written names the plugin and the step; the watcher supplies the cause. With
+// --shutdown it then calls the controller's shutdown() and tells each unload the same
+// way, for a plugin that takes the host down as it quits.
 //
 // It is not meant to be run by hand. Its output is the trial protocol of
 // src/diagnostics/trialprotocol_p.h, written unbuffered to what was its standard output
@@ -22,6 +24,7 @@
 #include <QtCore/QCommandLineParser>
 #include <QtCore/QDir>
 #include <QtCore/QFile>
+#include <QtCore/QHash>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 #include <QtCore/QLoggingCategory>
@@ -41,6 +44,7 @@ using namespace Zelvane::TrialProtocol;
 int protocolFd = -1;
 int nextPlugin = 0; // the index, in load order, of the plugin whose load() runs next
 int currentPlugin = -1;
+QHash<QString, int> planIndex; // a plugin's name to its index in load order
 
 qint64 nowUs()
 {
@@ -92,6 +96,13 @@ void observeStep(const Zelvane::PluginLoader& plugin, Zelvane::LoadStep step)
     emitLine(finished);
 }
 
+void observeUnload(const Zelvane::PluginLoader& plugin)
+{
+    emitLine({ { eventKey, unloadingEvent },
+               { pluginKey, planIndex.value(plugin.name(), -1) },
+               { usKey, double(nowUs()) } });
+}
+
 } // namespace
 
 // A plugin that crashes is the expected case here, and the watcher tells a crash by the
@@ -132,12 +143,13 @@ int main(int argc, char* argv[])
                                        QStringLiteral("NAME=VALUE"));
     const QCommandLineOption offOption(QStringLiteral("switch-off"), QString(),
                                        QStringLiteral("NAME"));
-    parser.addOptions({ iidOption, settingsOption, argOption, offOption });
+    const QCommandLineOption shutdownOption(QStringLiteral("shutdown"));
+    parser.addOptions({ iidOption, settingsOption, argOption, offOption, shutdownOption });
     if (!parser.parse(app.arguments()) || parser.positionalArguments().size() != 1
         || !parser.isSet(iidOption)) {
         std::fprintf(stderr,
                      "usage: zelvane-trial DIR --iid IID [--settings FILE] "
-                     "[--arg NAME=VALUE]... [--switch-off NAME]...\n");
+                     "[--arg NAME=VALUE]... [--switch-off NAME]... [--shutdown]\n");
         return 2;
     }
 
@@ -176,6 +188,7 @@ int main(int argc, char* argv[])
         const QList<int> order = plan.loadOrderFiles();
         for (int i = 0; i < order.size(); ++i) {
             const Zelvane::LoadPlan::File& file = files.at(order.at(i));
+            planIndex.insert(file.name, i);
             emitLine({ { eventKey, planEvent },
                        { pluginKey, i },
                        { nameKey, file.name },
@@ -199,8 +212,18 @@ int main(int argc, char* argv[])
         last.insert(errorKey, controller->errorString());
     emitLine(last);
 
-    // What plugins do when they are unloaded is not part of the start-up: leave at
-    // once, without their destructors, whatever they would do there.
+    // With --shutdown the host's own shutdown() follows, and each unload is announced
+    // before it begins, so that the last line names the plugin whose destructor took
+    // the process down. shutdown() unloads what it loaded, in its own order.
+    if (parser.isSet(shutdownOption)) {
+        Zelvane::setUnloadObserver(observeUnload);
+        controller->shutdown();
+        Zelvane::setUnloadObserver(nullptr);
+        emitLine({ { eventKey, shutdownEvent }, { usKey, double(nowUs()) } });
+    }
+
+    // Anything after shutdown(), or instead of it, is not the plugins' to answer for:
+    // leave at once, without the destructors of whatever is still loaded.
     std::fflush(stderr);
     ::_exit(0);
 }

@@ -63,9 +63,10 @@ public:
     /// Loads dir's plugins in a child process with the controller's IID, the settings
     /// and arguments (the map the host gives setArguments()), switching off in a copy of
     /// the settings each plugin that cannot start and loading again, until a start gets
-    /// through. Returns the plugins that cannot start, in load order; an empty list when
-    /// every plugin starts, or when the trial cannot run (errorString() then says why).
-    /// Writes nothing.
+    /// through. The trial goes on through the controller's shutdown(), so a plugin that
+    /// takes the process down while it is unloaded counts as well. Returns those plugins,
+    /// in load order; an empty list when every plugin starts and unloads, or when the
+    /// trial cannot run (errorString() then says why). Writes nothing.
     QList<Culprit> findCulprits(const QDir& dir, const QMap<QString, QString>& arguments = {});
     /// Switches the plugins off for the next start: "plugin/<Name>" = false in the
     /// settings, as the plugins model writes a cleared tick, and saves them.

@@ -1,5 +1,6 @@
 // zelvane-inspect --trial, --timeline and --graph as their users run them, over plugins
-// that crash, abort, exit, hang or take their time at one step of their loading.
+// that crash, abort, exit, hang or take their time at one step of their loading, and with
+// --shutdown over one that crashes as shutdown() unloads it.
 
 #include "processrunner.h"
 #include "settingsfixture.h"
@@ -63,6 +64,7 @@ private slots:
     void report_data();
     void report();
     void json();
+    void jsonShutdown();
     void timeline();
     void svgTimeline();
     void graph();
@@ -199,6 +201,59 @@ void tst_Trial::report_data()
         << QStringList { title, QStringLiteral("  nothing is loaded: The Core plugin is not found"),
                          QStringLiteral("Not every plugin started."), QString() }
         << 1;
+
+    const QString shutdownTitle = QStringLiteral(
+        "Trial load (in a child process, timeout 5 s per plugin, shutdown() included):");
+    QTest::newRow("--shutdown: every plugin unloads")
+        << QStringList { QStringLiteral("zt_core"), QStringLiteral("zt_storage") }
+        << QStringList { QStringLiteral("--shutdown") }
+        << QStringList { shutdownTitle,
+                         started(1, QStringLiteral("Core"), QStringLiteral("libzt_core.so"))
+                             + QStringLiteral("; unloaded in # ms"),
+                         started(2, QStringLiteral("Storage"), QStringLiteral("libzt_storage.so"))
+                             + QStringLiteral("; unloaded in # ms"),
+                         QStringLiteral("Every plugin started."), QString() }
+        << 0;
+
+    // shutdown() unloads in reverse load order: Storage, then SegvAtExit, which takes
+    // the process down before Core is reached.
+    QTest::newRow("--shutdown names the plugin whose unloading crashes")
+        << QStringList { QStringLiteral("zt_core"), QStringLiteral("zt_storage"),
+                         QStringLiteral("zt_trial_segvatexit") }
+        << QStringList { QStringLiteral("--shutdown") }
+        << QStringList { shutdownTitle,
+                         started(1, QStringLiteral("Core"), QStringLiteral("libzt_core.so")),
+                         started(2, QStringLiteral("SegvAtExit"),
+                                 QStringLiteral("libzt_trial_segvatexit.so"))
+                             + QStringLiteral("; crashed while unloading: signal SIGSEGV "
+                                              "(Segmentation fault)"),
+                         started(3, QStringLiteral("Storage"), QStringLiteral("libzt_storage.so"))
+                             + QStringLiteral("; unloaded in # ms"),
+                         QStringLiteral("Every plugin started."),
+                         QStringLiteral("Cannot shut down: SegvAtExit"),
+                         QString() }
+        << 1;
+
+    QTest::newRow("--shutdown --isolate loads again without the plugin that crashes")
+        << QStringList { QStringLiteral("zt_core"), QStringLiteral("zt_storage"),
+                         QStringLiteral("zt_trial_segvatexit") }
+        << QStringList { QStringLiteral("--shutdown"), QStringLiteral("--isolate") }
+        << QStringList { QStringLiteral(
+                             "Trial load (in a child process, timeout 5 s per plugin, shutdown() "
+                             "included, each plugin that cannot start switched off in turn: 2 "
+                             "runs):"),
+                         started(1, QStringLiteral("Core"), QStringLiteral("libzt_core.so"))
+                             + QStringLiteral("; unloaded in # ms"),
+                         started(2, QStringLiteral("SegvAtExit"),
+                                 QStringLiteral("libzt_trial_segvatexit.so"))
+                             + QStringLiteral("; crashed while unloading: signal SIGSEGV "
+                                              "(Segmentation fault)"),
+                         started(3, QStringLiteral("Storage"), QStringLiteral("libzt_storage.so"))
+                             + QStringLiteral("; unloaded in # ms"),
+                         QStringLiteral("Every plugin started."),
+                         QStringLiteral("Cannot shut down: SegvAtExit"),
+                         QString() }
+        << 1;
 }
 
 void tst_Trial::report()
@@ -308,6 +363,50 @@ void tst_Trial::json()
                 .value(QStringLiteral("initializeMs"))
                 .toDouble()
             >= 300.0);
+}
+
+void tst_Trial::jsonShutdown()
+{
+    QTemporaryDir folder;
+    QVERIFY(ZelvaneTest::copyPlugins(folder.path(),
+                                     { QStringLiteral("zt_core"), QStringLiteral("zt_storage"),
+                                       QStringLiteral("zt_trial_segvatexit") }));
+    const Result result
+        = inspect({ folder.path(), QStringLiteral("--iid"), iid, QStringLiteral("--trial"),
+                    QStringLiteral("--shutdown"), QStringLiteral("--json") });
+    QCOMPARE(result.exitCode, 1);
+    const QJsonObject trial = QJsonDocument::fromJson(result.out.toUtf8())
+                                  .object()
+                                  .value(QStringLiteral("trial"))
+                                  .toObject();
+    QCOMPARE(trial.value(QStringLiteral("shutdown")), QJsonValue(true));
+    QCOMPARE(trial.value(QStringLiteral("cannotShutDown")).toArray(),
+             QJsonArray { QStringLiteral("SegvAtExit") });
+    QCOMPARE(trial.value(QStringLiteral("cannotStart")).toArray(), QJsonArray());
+    QCOMPARE(trial.value(QStringLiteral("everyPluginStarted")), QJsonValue(true));
+
+    // Per plugin: what shutdown() did to it, its text, and the time where one was taken.
+    QStringList unloads;
+    const QJsonArray plugins = trial.value(QStringLiteral("plugins")).toArray();
+    for (const QJsonValue& value : plugins) {
+        const QJsonObject plugin = value.toObject();
+        const QJsonValue ms = plugin.value(QStringLiteral("unloadMs"));
+        QString text = plugin.value(QStringLiteral("unloadText")).toString();
+        text.replace(QRegularExpression(QStringLiteral("\\d+\\.\\d\\d ms")),
+                     QStringLiteral("# ms"));
+        unloads.append(
+            QStringLiteral("%1 %2 %3 [%4] %5")
+                .arg(plugin.value(QStringLiteral("name")).toString(),
+                     plugin.value(QStringLiteral("unload")).toString(QStringLiteral("null")),
+                     ms.isDouble() ? QStringLiteral("#") : QStringLiteral("null"), text,
+                     plugin.value(QStringLiteral("signal")).toString()));
+    }
+    QCOMPARE(unloads,
+             (QStringList { QStringLiteral("Core null null [] "),
+                            QStringLiteral("SegvAtExit crashed # [crashed while unloading: signal "
+                                           "SIGSEGV (Segmentation fault)] SIGSEGV (Segmentation "
+                                           "fault)"),
+                            QStringLiteral("Storage unloaded # [unloaded in # ms] ") }));
 }
 
 void tst_Trial::timeline()
