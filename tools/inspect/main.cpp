@@ -145,7 +145,7 @@ int main(int argc, char* argv[])
     if (positional.size() != 1 || !parser.isSet(iidOption) || (trialOnlyOptions && !trial)
         || !timeoutValid || timeout <= 0) {
         err << QObject::tr("usage: zelvane-inspect DIR --iid IID [--settings FILE] [--json] "
-                           "[--trial [--isolate] [--timeout S] [--arg NAME=VALUE]...] "
+                           "[--trial [--isolate] [--shutdown] [--timeout S] [--arg NAME=VALUE]...] "
                            "[--timeline FILE] [--graph FILE]")
             << Qt::endl;
         return 2;

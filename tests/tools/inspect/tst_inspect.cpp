@@ -432,7 +432,7 @@ void tst_Inspect::usageErrors_data()
 
     const QString usage
         = QStringLiteral("usage: zelvane-inspect DIR --iid IID [--settings FILE] [--json] "
-                         "[--trial [--isolate] [--timeout S] [--arg NAME=VALUE]...] "
+                         "[--trial [--isolate] [--shutdown] [--timeout S] [--arg NAME=VALUE]...] "
                          "[--timeline FILE] [--graph FILE]\n");
     QTest::newRow("no IID") << QStringList { QStringLiteral("@DIR@") } << usage;
     QTest::newRow("no folder") << QStringList { QStringLiteral("--iid"), iid } << usage;
