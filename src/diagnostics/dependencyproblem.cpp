@@ -85,6 +85,10 @@ QString DependencyProblem::text() const
     case Kind::NamesItself:
         return Texts::tr("Names itself as a dependency.");
     case Kind::Missing:
+        // An entry that is not a name (an object, null) converts to an empty name; the
+        // plugin's metadata notes say which entry it is.
+        if (d->dependency.isEmpty())
+            return Texts::tr("Needs a plugin with an empty name, which no plugin has.");
         return Texts::tr("Needs %1, which is not in the plugin folder.").arg(d->dependency);
     case Kind::Refused:
         return Texts::tr("Needs %1, whose file is refused.").arg(d->dependency);

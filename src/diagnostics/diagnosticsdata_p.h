@@ -30,6 +30,7 @@ class PluginDiagnosticData : public QSharedData
 public:
     // The record of a value that LoadDiagnostics is filling in.
     static PluginDiagnosticData& of(PluginDiagnostic& plugin) { return *plugin.d; }
+    static const PluginDiagnosticData& of(const PluginDiagnostic& plugin) { return *plugin.d; }
 
     LoadPlan::File file;
     QString category;

@@ -1,5 +1,6 @@
 #include <zelvane/quick/qmlplugins.h>
 
+#include "diagnostics/pluginexplanation_p.h"
 #include "diagnostics/pluginpresentation_p.h"
 
 #include <zelvane/diagnostics/loaddiagnostics.h>
@@ -9,6 +10,8 @@
 
 #include <QtCore/QPointer>
 #include <QtQml/QQmlEngine>
+
+#include <algorithm>
 
 namespace Zelvane {
 
@@ -30,11 +33,10 @@ QVariantMap detailsOf(const PluginDiagnostic& plugin)
         dependencies.append(QVariantMap { { QStringLiteral("name"), name },
                                           { QStringLiteral("missing"), missing.contains(name) } });
     QVariantList options;
-    const QList<QCommandLineOption> declared = plugin.options();
-    for (const QCommandLineOption& option : declared)
-        options.append(QVariantMap {
-            { QStringLiteral("synopsis"), PluginPresentation::optionSynopsis(option) },
-            { QStringLiteral("description"), option.description() } });
+    const QList<PluginExplanation::Item> declared = PluginExplanation::optionItems(plugin);
+    for (const PluginExplanation::Item& option : declared)
+        options.append(QVariantMap { { QStringLiteral("synopsis"), option.code },
+                                     { QStringLiteral("description"), option.text } });
     QStringList problems;
     const QList<DependencyProblem> found = plugin.problems();
     for (const DependencyProblem& problem : found)
@@ -55,6 +57,14 @@ QVariantMap detailsOf(const PluginDiagnostic& plugin)
         { QStringLiteral("willLoad"), plugin.willLoad() },
         { QStringLiteral("refusal"), plugin.refusal() },
     };
+}
+
+QVariantMap itemOf(const PluginExplanation::Item& item)
+{
+    return QVariantMap { { QStringLiteral("code"), item.code },
+                         { QStringLiteral("text"), item.text },
+                         { QStringLiteral("note"), item.note },
+                         { QStringLiteral("warning"), item.warning } };
 }
 
 } // namespace
@@ -194,6 +204,30 @@ void QmlPlugins::setRestartOffered(bool offered)
 bool QmlPlugins::canRestart() const
 {
     return d->restartOffered;
+}
+
+QVariantList QmlPlugins::explanation(const QString& filePath) const
+{
+    QVariantList parts;
+    const QList<PluginDiagnostic> plugins = d->diagnostics.plugins();
+    const auto plugin = std::find_if(plugins.cbegin(), plugins.cend(), [&](const auto& plugin) {
+        return plugin.filePath() == filePath;
+    });
+    if (plugin == plugins.cend())
+        return parts;
+    const QList<PluginExplanation::Part> explained
+        = PluginExplanation(*plugin, d->diagnostics).parts();
+    for (const PluginExplanation::Part& part : explained) {
+        QVariantList items;
+        for (const PluginExplanation::Item& item : part.items)
+            items.append(itemOf(item));
+        parts.append(
+            QVariantMap { { QStringLiteral("kind"), PluginExplanation::kindName(part.kind) },
+                          { QStringLiteral("label"), part.label },
+                          { QStringLiteral("text"), part.text },
+                          { QStringLiteral("items"), items } });
+    }
+    return parts;
 }
 
 } // namespace Zelvane

@@ -1,12 +1,10 @@
 #include "widgets/plugindetailsview_p.h"
 
-#include "diagnostics/pluginpresentation_p.h"
+#include "diagnostics/pluginexplanation_p.h"
 
 #include <zelvane/widgets/pluginswidget.h>
 
 namespace Zelvane {
-
-// The texts are the widget's own: a translation has them in the PluginsWidget context.
 
 namespace {
 
@@ -17,7 +15,24 @@ QString escaped(const QString& text)
 
 QString paragraph(const QString& label, const QString& html)
 {
+    if (label.isEmpty())
+        return QStringLiteral("<p>%1</p>").arg(html);
     return QStringLiteral("<p><b>%1</b> %2</p>").arg(escaped(label), html);
+}
+
+// A warning in bold, so that what the user has to act on stands out of a long list.
+QString itemHtml(const PluginExplanation::Item& item)
+{
+    QStringList pieces;
+    if (!item.code.isEmpty())
+        pieces.append(QStringLiteral("<code>%1</code>").arg(escaped(item.code)));
+    if (!item.text.isEmpty())
+        pieces.append(item.warning && item.note.isEmpty()
+                          ? QStringLiteral("<b>%1</b>").arg(escaped(item.text))
+                          : escaped(item.text));
+    if (!item.note.isEmpty())
+        pieces.append(QStringLiteral("<b>%1</b>").arg(escaped(item.note)));
+    return pieces.join(QLatin1Char(' '));
 }
 
 } // namespace
@@ -31,57 +46,32 @@ PluginDetailsView::PluginDetailsView(QWidget* parent)
     setPlugin(PluginDiagnostic());
 }
 
-void PluginDetailsView::setPlugin(const PluginDiagnostic& plugin)
+void PluginDetailsView::setPlugin(const PluginDiagnostic& plugin, const LoadDiagnostics& folder)
 {
     m_plugin = plugin;
-    setHtml(html(plugin));
+    setHtml(html(plugin, folder));
 }
 
-QString PluginDetailsView::html(const PluginDiagnostic& plugin)
+QString PluginDetailsView::html(const PluginDiagnostic& plugin, const LoadDiagnostics& folder)
 {
     if (!plugin.isValid())
         return QStringLiteral("<p>%1</p>")
             .arg(escaped(PluginsWidget::tr("No plugin is selected.")));
 
-    QString html = QStringLiteral("<h3>%1</h3>").arg(escaped(PluginPresentation::title(plugin)));
-    if (!plugin.description().isEmpty())
-        html += QStringLiteral("<p>%1</p>").arg(escaped(plugin.description()));
-    html += paragraph(PluginsWidget::tr("State:"), escaped(plugin.stateText()));
-    const QList<DependencyProblem> problems = plugin.problems();
-    if (!problems.isEmpty()) {
+    // The sentences are the Diagnostics component's; this only lays them out.
+    const PluginExplanation explanation(plugin, folder);
+    QString html = QStringLiteral("<h3>%1</h3>").arg(escaped(explanation.title()));
+    const QList<PluginExplanation::Part> parts = explanation.parts();
+    for (const PluginExplanation::Part& part : parts) {
+        if (!part.label.isEmpty() || !part.text.isEmpty())
+            html += paragraph(part.label, escaped(part.text));
+        if (part.items.isEmpty())
+            continue;
         html += QStringLiteral("<ul>");
-        for (const DependencyProblem& problem : problems)
-            html += QStringLiteral("<li>%1</li>").arg(escaped(problem.text()));
+        for (const PluginExplanation::Item& item : part.items)
+            html += QStringLiteral("<li>%1</li>").arg(itemHtml(item));
         html += QStringLiteral("</ul>");
     }
-    if (plugin.state() != PluginDiagnostic::State::Refused) {
-        QStringList needs;
-        const QStringList dependencies = plugin.dependencies();
-        const QStringList missing = plugin.missingDependencies();
-        for (const QString& dependency : dependencies)
-            needs.append(missing.contains(dependency)
-                             ? PluginsWidget::tr("%1 (missing)").arg(dependency)
-                             : dependency);
-        const QString none = PluginsWidget::tr("nothing");
-        html += paragraph(PluginsWidget::tr("Needs:"),
-                          escaped(needs.isEmpty() ? none : needs.join(QStringLiteral(", "))));
-        const QStringList dependants = plugin.dependants();
-        html += paragraph(
-            PluginsWidget::tr("Needed by:"),
-            escaped(dependants.isEmpty() ? none : dependants.join(QStringLiteral(", "))));
-        const QList<QCommandLineOption> options = plugin.options();
-        if (!options.isEmpty()) {
-            html += QStringLiteral("<p><b>%1</b></p>")
-                        .arg(escaped(PluginsWidget::tr("Command-line options:")));
-            html += QStringLiteral("<ul>");
-            for (const QCommandLineOption& option : options)
-                html += QStringLiteral("<li><code>%1</code> %2</li>")
-                            .arg(escaped(PluginPresentation::optionSynopsis(option)),
-                                 escaped(option.description()));
-            html += QStringLiteral("</ul>");
-        }
-    }
-    html += paragraph(PluginsWidget::tr("File:"), escaped(plugin.filePath()));
     return html;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <zelvane/diagnostics/loaddiagnostics.h>
 #include <zelvane/diagnostics/plugindiagnostic.h>
 
 #include <QtWidgets/QTextBrowser>
@@ -17,10 +18,11 @@ public:
     explicit PluginDetailsView(QWidget* parent = nullptr);
 
     PluginDiagnostic plugin() const { return m_plugin; }
-    // An invalid plugin shows that none is selected.
-    void setPlugin(const PluginDiagnostic& plugin);
+    // An invalid plugin shows that none is selected. folder is the one the plugin is
+    // of: what other plugins of it declare is part of the explanation.
+    void setPlugin(const PluginDiagnostic& plugin, const LoadDiagnostics& folder = {});
 
-    static QString html(const PluginDiagnostic& plugin);
+    static QString html(const PluginDiagnostic& plugin, const LoadDiagnostics& folder);
 
 private:
     PluginDiagnostic m_plugin;

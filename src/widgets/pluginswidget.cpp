@@ -266,7 +266,7 @@ void PluginsWidgetPrivate::show(const PluginDiagnostic& plugin)
 {
     const QString before = shown.name();
     shown = plugin;
-    details->setPlugin(plugin);
+    details->setPlugin(plugin, diagnostics);
     if (plugin.name() != before)
         Q_EMIT q->currentPluginChanged(plugin.name());
 }

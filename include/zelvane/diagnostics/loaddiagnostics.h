@@ -66,6 +66,7 @@ public:
     bool differsFromRunning() const;
 
 private:
+    friend class PluginExplanation;
     QSharedDataPointer<LoadDiagnosticsData> d;
 };
 

@@ -83,6 +83,12 @@ public:
     Q_INVOKABLE void requestRestart();
     /// The same as restartOffered, for pages written before the property.
     Q_INVOKABLE bool canRestart() const;
+    /// What the screens say about the plugin in the file filePath, part by part: a list
+    /// of { kind, label, text, items }, each item a { code, text, note, warning }. The
+    /// kinds are description, state, problems, metadata, needs, neededBy, options and
+    /// file; the Widgets screen and zelvane-inspect tell the same sentences. Empty for
+    /// a file that is not in the folder.
+    Q_INVOKABLE QVariantList explanation(const QString& filePath) const;
 
 Q_SIGNALS:
     void modelChanged();
