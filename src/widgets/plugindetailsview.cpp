@@ -17,6 +17,8 @@ QString paragraph(const QString& label, const QString& html)
 {
     if (label.isEmpty())
         return QStringLiteral("<p>%1</p>").arg(html);
+    if (html.isEmpty()) // the heading of a list
+        return QStringLiteral("<p><b>%1</b></p>").arg(escaped(label));
     return QStringLiteral("<p><b>%1</b> %2</p>").arg(escaped(label), html);
 }
 
