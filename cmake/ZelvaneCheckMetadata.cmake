@@ -136,7 +136,7 @@ elseif(NOT name_type STREQUAL "NUMBER" AND NOT name_type STREQUAL "BOOLEAN")
 endif()
 
 # The library makes each argument a QCommandLineOption of that very name, and Qt refuses
-# a name that starts with "-" or holds "=": the option then has no name, and the host's
+# a name that starts with "-" or "/" or holds "=": the option then has no name, and the host's
 # parser can never accept it. Two arguments of one name: the parser refuses the second.
 set(zelvane_option_names "")
 function(zelvane_check_option_name key name)
@@ -145,6 +145,10 @@ function(zelvane_check_option_name key name)
         string(REGEX REPLACE "^-+" "" bare "${name}")
         zelvane_metadata_warning("${key}.\"Name\""
             "\"${name}\" starts with \"-\", which Qt refuses in an option name: the host's command line can never accept it; write \"${bare}\"")
+    endif()
+    if(first STREQUAL "/")
+        zelvane_metadata_warning("${key}.\"Name\""
+            "\"${name}\" starts with \"/\", which Qt refuses in an option name: the host's command line can never accept it")
     endif()
     string(FIND "${name}" "=" equals)
     if(NOT equals EQUAL -1)

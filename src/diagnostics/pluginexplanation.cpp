@@ -164,8 +164,8 @@ void PluginExplanation::addDependencyNotes(const PluginDiagnostic& plugin)
         const QString where = QStringLiteral("Dependencies[%1]").arg(i);
         m_dependencies.append(Item { QString(),
                                      name.isEmpty()
-                                         ? tr("%1, %2").arg(where, typeName(entry))
-                                         : tr("%1 (%2 is %3)").arg(name, where, typeName(entry)),
+                                         ? tr("%1 (%2)").arg(where, typeName(entry))
+                                         : tr("%1 (%2, %3)").arg(name, where, typeName(entry)),
                                      {},
                                      true });
         QString note
@@ -253,6 +253,58 @@ PluginExplanation::Part PluginExplanation::part(Part::Kind kind) const
     return Part { kind, QString(), QString(), {} };
 }
 
+QString PluginExplanation::stateName(PluginDiagnostic::State state)
+{
+    using State = PluginDiagnostic::State;
+    switch (state) {
+    case State::Invalid:
+        return QStringLiteral("Invalid");
+    case State::Loads:
+        return QStringLiteral("Loads");
+    case State::LoadsUnordered:
+        return QStringLiteral("LoadsUnordered");
+    case State::Disabled:
+        return QStringLiteral("Disabled");
+    case State::OtherCoreChosen:
+        return QStringLiteral("OtherCoreChosen");
+    case State::Dropped:
+        return QStringLiteral("Dropped");
+    case State::Refused:
+        return QStringLiteral("Refused");
+    case State::OtherCategory:
+        return QStringLiteral("OtherCategory");
+    case State::NoCore:
+        return QStringLiteral("NoCore");
+    case State::NoSettings:
+        break;
+    }
+    return QStringLiteral("NoSettings");
+}
+
+QString PluginExplanation::problemKindName(DependencyProblem::Kind kind)
+{
+    using Kind = DependencyProblem::Kind;
+    switch (kind) {
+    case Kind::NamesItself:
+        return QStringLiteral("NamesItself");
+    case Kind::Missing:
+        return QStringLiteral("Missing");
+    case Kind::Refused:
+        return QStringLiteral("Refused");
+    case Kind::SwitchedOff:
+        return QStringLiteral("SwitchedOff");
+    case Kind::OtherCoreChosen:
+        return QStringLiteral("OtherCoreChosen");
+    case Kind::NeverLoaded:
+        return QStringLiteral("NeverLoaded");
+    case Kind::Cycle:
+        return QStringLiteral("Cycle");
+    case Kind::Unordered:
+        break;
+    }
+    return QStringLiteral("Unordered");
+}
+
 QString PluginExplanation::kindName(Part::Kind kind)
 {
     switch (kind) {
@@ -284,6 +336,16 @@ QStringList PluginExplanation::dependencyTitles() const
     return titles;
 }
 
+QString PluginExplanation::itemText(const Item& item)
+{
+    QStringList pieces { item.code, item.text };
+    pieces.removeAll(QString());
+    QString text = pieces.join(QLatin1Char(' '));
+    if (!item.note.isEmpty())
+        text += (text.isEmpty() ? QString() : QStringLiteral(" — ")) + item.note;
+    return text;
+}
+
 QStringList PluginExplanation::sentences() const
 {
     QStringList sentences;
@@ -293,9 +355,7 @@ QStringList PluginExplanation::sentences() const
         if (!line.isEmpty())
             sentences.append(line.join(QLatin1Char(' ')));
         for (const Item& item : part.items) {
-            QStringList pieces { item.code, item.text, item.note };
-            pieces.removeAll(QString());
-            sentences.append(pieces.join(QLatin1Char(' ')));
+            sentences.append(itemText(item));
         }
     }
     return sentences;

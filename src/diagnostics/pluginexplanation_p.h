@@ -72,6 +72,10 @@ public:
     // The part of that kind; an empty part (no text, no items) when it has none.
     Part part(Part::Kind kind) const;
 
+    // The enumerators' names, as zelvane-inspect's JSON gives them.
+    static QString stateName(PluginDiagnostic::State state);
+    static QString problemKindName(DependencyProblem::Kind kind);
+
     // The key that names a kind of part in zelvane-inspect's JSON and the QML page.
     static QString kindName(Part::Kind kind);
 
@@ -82,6 +86,9 @@ public:
     // The plugin's options as the Options part lists them, without what other plugins
     // of the folder declare: cheap enough for every plugin of a large folder at once.
     static QList<Item> optionItems(const PluginDiagnostic& plugin);
+
+    // An item as one line of plain text: "--name <value> description — note".
+    static QString itemText(const Item& item);
 
     // Every sentence of the explanation, in order: the label and text of each part, each
     // item as one line. The same for every screen that shows this plugin.

@@ -32,9 +32,11 @@ QString itemHtml(const PluginExplanation::Item& item)
         pieces.append(item.warning && item.note.isEmpty()
                           ? QStringLiteral("<b>%1</b>").arg(escaped(item.text))
                           : escaped(item.text));
+    QString html = pieces.join(QLatin1Char(' '));
     if (!item.note.isEmpty())
-        pieces.append(QStringLiteral("<b>%1</b>").arg(escaped(item.note)));
-    return pieces.join(QLatin1Char(' '));
+        html += (html.isEmpty() ? QString() : QStringLiteral(" — "))
+            + QStringLiteral("<b>%1</b>").arg(escaped(item.note));
+    return html;
 }
 
 } // namespace

@@ -32,8 +32,9 @@ struct NodeStyle
     QString extra; // further attributes
 };
 
-NodeStyle styleOf(const Inspection& inspection, const LoadPlan::File& file)
+NodeStyle styleOf(const Inspection& inspection, int index)
 {
+    const LoadPlan::File file = inspection.plan.files().at(index);
     switch (file.fate) {
     case LoadPlan::Fate::Loads:
         return { QObject::tr("loads #%1").arg(file.position + 1), QStringLiteral("#c8e6c9"), {} };
@@ -43,7 +44,7 @@ NodeStyle styleOf(const Inspection& inspection, const LoadPlan::File& file)
     case LoadPlan::Fate::OtherCoreChosen:
         return { QObject::tr("not the chosen Core"), QStringLiteral("#fff3c4"), {} };
     case LoadPlan::Fate::Dropped:
-        return { QObject::tr("dropped: %1").arg(blockersText(file.blockers)),
+        return { QObject::tr("dropped: %1").arg(dependencyProblemsText(inspection, index)),
                  QStringLiteral("#ffcdd2"), QStringLiteral("color=\"#c62828\"") };
     case LoadPlan::Fate::OtherCategory:
         return { QObject::tr("category \"%1\": never loaded").arg(file.plugin.category()),
@@ -88,7 +89,7 @@ QString dependencyGraph(const Inspection& inspection)
 
     for (int index : inspection.filesByName) {
         const LoadPlan::File& file = files.at(index);
-        const NodeStyle style = styleOf(inspection, file);
+        const NodeStyle style = styleOf(inspection, index);
         const bool core = file.fate != LoadPlan::Fate::Refused
             && file.plugin.category() == QLatin1String("Core");
         QString label = file.fate == LoadPlan::Fate::Refused

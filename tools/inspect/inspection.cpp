@@ -5,6 +5,7 @@
 #include <zelvane/plugincontroller.h>
 
 #include <QtCore/QFileInfo>
+#include <QtCore/QHash>
 #include <QtCore/QSettings>
 
 #include <algorithm>
@@ -44,11 +45,25 @@ Inspection::Inspection(const QString& directory, const QString& iid, QSettings* 
         selection.append(entry);
     }
 
+    diagnostics = Zelvane::LoadDiagnostics(QDir(directory), settings);
+    const QList<Zelvane::PluginDiagnostic> explained = diagnostics.plugins();
+    QHash<QString, int> byPath;
+    for (int index = 0; index < explained.size(); ++index)
+        byPath.insert(explained.at(index).filePath(), index);
+    for (const Zelvane::LoadPlan::File& file : files)
+        diagnosticOfFile.append(byPath.value(file.path, -1));
+
     filesByName.resize(files.size());
     std::iota(filesByName.begin(), filesByName.end(), 0);
     std::stable_sort(filesByName.begin(), filesByName.end(), [&files](int a, int b) {
         return files.at(a).fileName < files.at(b).fileName;
     });
+}
+
+Zelvane::PluginDiagnostic Inspection::diagnostic(int file) const
+{
+    const int index = diagnosticOfFile.value(file, -1);
+    return index < 0 ? Zelvane::PluginDiagnostic() : diagnostics.plugins().at(index);
 }
 
 bool Inspection::hasProblems() const

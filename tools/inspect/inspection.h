@@ -2,6 +2,8 @@
 
 #include "controller/loadplan_p.h"
 
+#include <zelvane/diagnostics/loaddiagnostics.h>
+
 #include <QtCore/QList>
 #include <QtCore/QString>
 
@@ -35,6 +37,13 @@ struct Inspection
     Zelvane::LoadPlan plan;
     QList<Selection> selection; // one per plan.files() entry; accepted files only
     QList<int> filesByName; // indices into plan.files(), sorted by file name
+    // The same folder as the Diagnostics component explains it to the plugin screens:
+    // the report prints its sentences, so that the inspector and the screens agree.
+    Zelvane::LoadDiagnostics diagnostics;
+    QList<int> diagnosticOfFile; // per plan.files() entry, an index into diagnostics.plugins()
+
+    // The Diagnostics component's view of plan.files().at(file).
+    Zelvane::PluginDiagnostic diagnostic(int file) const;
 
     // Any problem that makes the host start without a plugin it asked for.
     bool hasProblems() const;

@@ -1,5 +1,6 @@
 #include "report.h"
 
+#include "diagnostics/pluginexplanation_p.h"
 #include "inspection.h"
 #include "plugin/pluginnames_p.h"
 
@@ -12,6 +13,7 @@ namespace ZelvaneInspect {
 
 namespace {
 
+using Zelvane::LoadDiagnostics;
 using Zelvane::LoadPlan;
 
 // A plugin of the load list, or one that the selection or the ordering left out.
@@ -22,67 +24,23 @@ struct Entry
     QString reason; // empty for plugins that load in order
 };
 
-QString quoted(const QString& text)
-{
-    return QLatin1Char('"') + text + QLatin1Char('"');
-}
-
 QString boolText(bool value)
 {
     return value ? QStringLiteral("true") : QStringLiteral("false");
 }
 
-// Why a discovered plugin is not selected.
-QString skipReason(const Inspection& inspection, int index)
-{
-    const LoadPlan::File file = inspection.plan.files().at(index);
-    switch (file.fate) {
-    case LoadPlan::Fate::NoCore:
-        return QObject::tr("nothing is loaded without a Core plugin");
-    case LoadPlan::Fate::NoSettings:
-        return QObject::tr("nothing is loaded without a settings object");
-    case LoadPlan::Fate::OtherCoreChosen:
-        return QObject::tr("only one Core plugin is loaded, and %1 is chosen")
-            .arg(quoted(inspection.plan.files().at(inspection.plan.chosenCore()).name));
-    case LoadPlan::Fate::Disabled:
-        return inspection.selection.at(index).fromSettings
-            ? QObject::tr("disabled in the settings (%1)")
-                  .arg(Zelvane::selectionSettingsKey(file.name))
-            : QObject::tr("disabled by its \"Default\"");
-    default:
-        break;
-    }
-    const QString category = file.plugin.category();
-    if (category.isEmpty())
-        return QObject::tr(
-            "it has no category; only \"Core\" and \"Extension\" plugins are loaded");
-    return QObject::tr("its category %1 is never loaded; only \"Core\" and \"Extension\" are")
-        .arg(quoted(category));
-}
+using Zelvane::PluginDiagnostic;
+using Zelvane::PluginExplanation;
 
-QString blockerText(const LoadPlan::Blocker& blocker)
+// Why the ordering drops a plugin or loads it ahead of its dependencies: the sentences
+// of its dependency problems.
+QString problemsText(const PluginDiagnostic& plugin)
 {
-    const QString dependency = quoted(blocker.dependency);
-    switch (blocker.kind) {
-    case LoadPlan::Blocker::Kind::NamesItself:
-        return QObject::tr("it depends on itself");
-    case LoadPlan::Blocker::Kind::Missing:
-        return QObject::tr("missing dependency %1").arg(dependency);
-    case LoadPlan::Blocker::Kind::Refused:
-        return QObject::tr("missing dependency %1 (its file is rejected)").arg(dependency);
-    case LoadPlan::Blocker::Kind::SwitchedOff:
-        return QObject::tr("disabled dependency %1").arg(dependency);
-    case LoadPlan::Blocker::Kind::OtherCoreChosen:
-        return QObject::tr("dependency %1 is a Core plugin that is not chosen").arg(dependency);
-    case LoadPlan::Blocker::Kind::NeverLoaded:
-        return QObject::tr("dependency %1 has the category %2, which is never loaded")
-            .arg(dependency, quoted(blocker.category));
-    case LoadPlan::Blocker::Kind::Cycle:
-        return QObject::tr("dependency cycle: %1").arg(blocker.cycle.join(QStringLiteral(" -> ")));
-    case LoadPlan::Blocker::Kind::Unordered:
-        break;
-    }
-    return QObject::tr("dependency %1 cannot be ordered either").arg(dependency);
+    QStringList texts;
+    const QList<Zelvane::DependencyProblem> problems = plugin.problems();
+    for (const Zelvane::DependencyProblem& problem : problems)
+        texts.append(problem.text());
+    return texts.join(QLatin1Char(' '));
 }
 
 // The plan's lists as the report shows them.
@@ -104,7 +62,7 @@ Sections sections(const Inspection& inspection)
         result.loadOrder.append(Entry { file.name, file.fileName, {} });
         if (!file.blockers.isEmpty())
             result.unordered.append(
-                Entry { file.name, file.fileName, blockersText(file.blockers) });
+                Entry { file.name, file.fileName, problemsText(inspection.diagnostic(index)) });
     }
     for (int index = 0; index < files.size(); ++index) {
         const LoadPlan::File& file = files.at(index);
@@ -114,11 +72,12 @@ Sections sections(const Inspection& inspection)
         case LoadPlan::Fate::Loads:
             break;
         case LoadPlan::Fate::Dropped:
-            result.dropped.append(Entry { file.name, file.fileName, blockersText(file.blockers) });
+            result.dropped.append(
+                Entry { file.name, file.fileName, problemsText(inspection.diagnostic(index)) });
             break;
         default:
             result.notLoaded.append(
-                Entry { file.name, file.fileName, skipReason(inspection, index) });
+                Entry { file.name, file.fileName, inspection.diagnostic(index).stateText() });
         }
     }
     std::sort(result.notLoaded.begin(), result.notLoaded.end(), [](const Entry& a, const Entry& b) {
@@ -157,14 +116,6 @@ QJsonArray entriesJson(const QList<Entry>& entries)
     return array;
 }
 
-QString rejection(const LoadPlan::File& file)
-{
-    // The library refuses malformed "Arguments" without a text of its own.
-    return file.refusal.isEmpty()
-        ? QObject::tr("(the library gives no reason: its \"Arguments\" entry is malformed)")
-        : file.refusal;
-}
-
 QString settingsText(const Inspection& inspection)
 {
     if (inspection.settingsFile.isEmpty())
@@ -175,10 +126,38 @@ QString settingsText(const Inspection& inspection)
     return inspection.settingsFile;
 }
 
-QStringList fileLines(const LoadPlan::File& file, const Selection& selection)
+// The explanation's sentences below a file's facts, indented under it.
+QStringList explanationLines(const PluginExplanation& explanation)
 {
+    using Kind = PluginExplanation::Part::Kind;
+    QStringList lines;
+    for (const Kind kind : { Kind::State, Kind::Problems, Kind::Metadata }) {
+        const PluginExplanation::Part part = explanation.part(kind);
+        if (!part.label.isEmpty())
+            lines << QStringLiteral("    ")
+                    + (part.text.isEmpty() ? part.label
+                                           : part.label + QLatin1Char(' ') + part.text);
+        for (const PluginExplanation::Item& item : part.items)
+            lines << QStringLiteral("      ") + item.text;
+    }
+    return lines;
+}
+
+QString optionLine(const PluginExplanation::Item& item)
+{
+    QString line = QStringLiteral("      ") + item.code + QStringLiteral(": ") + orNone(item.text);
+    if (!item.note.isEmpty())
+        line += QStringLiteral(" — ") + item.note;
+    return line;
+}
+
+QStringList fileLines(const LoadPlan::File& file, const Selection& selection,
+                      const PluginDiagnostic& diagnostic, const LoadDiagnostics& folder)
+{
+    const PluginExplanation explanation(diagnostic, folder);
     if (file.fate == LoadPlan::Fate::Refused)
-        return { QObject::tr("  %1: rejected: %2").arg(file.fileName, rejection(file)) };
+        return QStringList { QObject::tr("  %1: rejected").arg(file.fileName) }
+        + explanationLines(explanation);
 
     const Zelvane::PluginLoader& plugin = file.plugin;
     const QString enabled = selection.fromSettings
@@ -190,41 +169,83 @@ QStringList fileLines(const LoadPlan::File& file, const Selection& selection)
           << QObject::tr("    Name: %1").arg(plugin.name())
           << QObject::tr("    Category: %1").arg(orNone(plugin.category()))
           << QObject::tr("    Dependencies: %1")
-                 .arg(orNone(plugin.dependencies().join(QStringLiteral(", "))))
+                 .arg(orNone(explanation.dependencyTitles().join(QStringLiteral(", "))))
           << QObject::tr("    Default: %1").arg(boolText(plugin.loadByDefault()))
           << QObject::tr("    Enabled: %1").arg(enabled)
           << QObject::tr("    Description: %1").arg(orNone(plugin.description()));
-    const QList<Zelvane::PluginArgumentDescription> arguments = plugin.argumentDescriptions();
-    if (arguments.isEmpty()) {
+    const QList<PluginExplanation::Item> options
+        = explanation.part(PluginExplanation::Part::Kind::Options).items;
+    if (options.isEmpty()) {
         lines << QObject::tr("    Arguments: (none)");
-        return lines;
+    } else {
+        lines << QObject::tr("    Arguments:");
+        for (const PluginExplanation::Item& option : options)
+            lines << optionLine(option);
     }
-    lines << QObject::tr("    Arguments:");
-    for (const Zelvane::PluginArgumentDescription& argument : arguments) {
-        QString option = QStringLiteral("      --") + argument.name;
-        if (!argument.parameter.isEmpty())
-            option += QStringLiteral(" <%1>").arg(argument.parameter);
-        lines << option + QStringLiteral(": ") + orNone(argument.description);
-    }
-    return lines;
+    return lines + explanationLines(explanation);
 }
 
-QJsonObject fileJson(const LoadPlan::File& file, const Selection& selection)
+QJsonArray itemsJson(const QList<PluginExplanation::Item>& items)
 {
+    QJsonArray array;
+    for (const PluginExplanation::Item& item : items)
+        array.append(QJsonObject { { QStringLiteral("code"), item.code },
+                                   { QStringLiteral("text"), item.text },
+                                   { QStringLiteral("note"), item.note },
+                                   { QStringLiteral("warning"), item.warning } });
+    return array;
+}
+
+// What the screens say, in the same words and the same enum names.
+void insertExplanation(QJsonObject& object, const PluginDiagnostic& diagnostic,
+                       const PluginExplanation& explanation)
+{
+    object.insert(QStringLiteral("state"), PluginExplanation::stateName(diagnostic.state()));
+    object.insert(QStringLiteral("stateText"), diagnostic.stateText());
+    QJsonArray problems;
+    const QList<Zelvane::DependencyProblem> found = diagnostic.problems();
+    for (const Zelvane::DependencyProblem& problem : found)
+        problems.append(QJsonObject {
+            { QStringLiteral("kind"), PluginExplanation::problemKindName(problem.kind()) },
+            { QStringLiteral("dependency"), problem.dependency() },
+            { QStringLiteral("text"), problem.text() } });
+    object.insert(QStringLiteral("problems"), problems);
+    QJsonArray parts;
+    const QList<PluginExplanation::Part> explained = explanation.parts();
+    for (const PluginExplanation::Part& part : explained)
+        parts.append(
+            QJsonObject { { QStringLiteral("kind"), PluginExplanation::kindName(part.kind) },
+                          { QStringLiteral("label"), part.label },
+                          { QStringLiteral("text"), part.text },
+                          { QStringLiteral("items"), itemsJson(part.items) } });
+    object.insert(QStringLiteral("explanation"), parts);
+}
+
+QJsonObject fileJson(const LoadPlan::File& file, const Selection& selection,
+                     const PluginDiagnostic& diagnostic, const LoadDiagnostics& folder)
+{
+    const PluginExplanation explanation(diagnostic, folder);
     QJsonObject object { { QStringLiteral("file"), file.fileName },
                          { QStringLiteral("path"), file.path },
                          { QStringLiteral("accepted"), file.fate != LoadPlan::Fate::Refused } };
     if (file.fate == LoadPlan::Fate::Refused) {
         object.insert(QStringLiteral("error"), file.refusal);
+        insertExplanation(object, diagnostic, explanation);
         return object;
     }
     const Zelvane::PluginLoader& plugin = file.plugin;
     QJsonArray arguments;
     const QList<Zelvane::PluginArgumentDescription> descriptions = plugin.argumentDescriptions();
-    for (const Zelvane::PluginArgumentDescription& argument : descriptions) {
+    const QList<PluginExplanation::Item> options
+        = explanation.part(PluginExplanation::Part::Kind::Options).items;
+    for (int i = 0; i < descriptions.size(); ++i) {
+        const Zelvane::PluginArgumentDescription& argument = descriptions.at(i);
+        const PluginExplanation::Item option = options.value(i);
         arguments.append(QJsonObject { { QStringLiteral("name"), argument.name },
                                        { QStringLiteral("parameter"), argument.parameter },
-                                       { QStringLiteral("description"), argument.description } });
+                                       { QStringLiteral("description"), argument.description },
+                                       { QStringLiteral("synopsis"), option.code },
+                                       { QStringLiteral("note"), option.note } });
     }
     object.insert(QStringLiteral("name"), plugin.name());
     object.insert(QStringLiteral("category"), plugin.category());
@@ -236,17 +257,15 @@ QJsonObject fileJson(const LoadPlan::File& file, const Selection& selection)
                   selection.fromSettings ? QStringLiteral("settings") : QStringLiteral("default"));
     object.insert(QStringLiteral("description"), plugin.description());
     object.insert(QStringLiteral("arguments"), arguments);
+    insertExplanation(object, diagnostic, explanation);
     return object;
 }
 
 } // namespace
 
-QString blockersText(const QList<LoadPlan::Blocker>& blockers)
+QString dependencyProblemsText(const Inspection& inspection, int file)
 {
-    QStringList texts;
-    for (const LoadPlan::Blocker& blocker : blockers)
-        texts.append(blockerText(blocker));
-    return texts.join(QStringLiteral("; "));
+    return problemsText(inspection.diagnostic(file));
 }
 
 QString toText(const Inspection& inspection)
@@ -261,7 +280,8 @@ QString toText(const Inspection& inspection)
     if (files.isEmpty())
         lines << QObject::tr("  (no *.so file)");
     for (int index : inspection.filesByName)
-        lines << fileLines(files.at(index), inspection.selection.at(index));
+        lines << fileLines(files.at(index), inspection.selection.at(index),
+                           inspection.diagnostic(index), inspection.diagnostics);
     lines << QString();
 
     const Sections report = sections(inspection);
@@ -294,7 +314,8 @@ QJsonObject toJson(const Inspection& inspection)
     const QList<LoadPlan::File> planFiles = inspection.plan.files();
     QJsonArray files;
     for (int index : inspection.filesByName)
-        files.append(fileJson(planFiles.at(index), inspection.selection.at(index)));
+        files.append(fileJson(planFiles.at(index), inspection.selection.at(index),
+                              inspection.diagnostic(index), inspection.diagnostics));
 
     const Sections report = sections(inspection);
     const QString error = inspection.plan.error();

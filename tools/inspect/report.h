@@ -15,8 +15,8 @@ struct Inspection;
 QString toText(const Inspection& inspection);
 QJsonObject toJson(const Inspection& inspection);
 
-// Why the dependency ordering drops a plugin or loads it ahead of its dependencies:
-// "missing dependency "Storage"; dependency cycle: A -> B -> A".
-QString blockersText(const QList<Zelvane::LoadPlan::Blocker>& blockers);
+// Why the dependency ordering drops the plugin of plan.files().at(file) or loads it
+// ahead of its dependencies, in the words of the plugin screens.
+QString dependencyProblemsText(const Inspection& inspection, int file);
 
 } // namespace ZelvaneInspect

@@ -26,10 +26,24 @@ Result inspect(const QStringList& arguments, const QProcessEnvironment& environm
                                    environment);
 }
 
+QString willLoad()
+{
+    return QStringLiteral("    State: Will load at the next start.");
+}
+
+QStringList rejected(const QString& file, const QString& refusal)
+{
+    return {
+        QStringLiteral("  %1: rejected").arg(file),
+        QStringLiteral("    State: Will not load: the library refuses the file%1.").arg(refusal)
+    };
+}
+
 // The per-file block of an accepted plugin.
 QStringList accepted(const QString& file, const QString& name, const QString& category,
                      const QString& dependencies, const QString& enabled,
-                     const QString& description, const QStringList& arguments = {})
+                     const QString& description, const QStringList& arguments = {},
+                     const QStringList& explanation = { willLoad() })
 {
     QStringList lines { QStringLiteral("  %1: accepted").arg(file),
                         QStringLiteral("    Name: %1").arg(name),
@@ -42,30 +56,42 @@ QStringList accepted(const QString& file, const QString& name, const QString& ca
         lines << QStringLiteral("    Arguments: (none)");
     else
         lines << QStringLiteral("    Arguments:") << arguments;
-    return lines;
+    return lines + explanation;
 }
 
-QStringList core(const QString& enabled = QStringLiteral("true (Default)"))
+QStringList core(const QString& enabled = QStringLiteral("true (Default)"),
+                 const QString& state = willLoad())
 {
     return accepted(QStringLiteral("libzt_core.so"), QStringLiteral("Core"), QStringLiteral("Core"),
                     QStringLiteral("(none)"), enabled,
-                    QStringLiteral("The core plugin of the test host"));
+                    QStringLiteral("The core plugin of the test host"), {}, { state });
 }
 
-QStringList storage(const QString& enabled = QStringLiteral("true (Default)"))
+QStringList storage(const QString& enabled = QStringLiteral("true (Default)"),
+                    const QString& state = willLoad())
 {
     return accepted(QStringLiteral("libzt_storage.so"), QStringLiteral("Storage"),
                     QStringLiteral("Extension"), QStringLiteral("(none)"), enabled,
-                    QStringLiteral("Keeps documents"));
+                    QStringLiteral("Keeps documents"), {}, { state });
 }
 
-QStringList viewer()
+QStringList viewer(const QStringList& explanation = { willLoad() },
+                   const QString& dependencies = QStringLiteral("Storage"))
 {
     return accepted(QStringLiteral("libzt_viewer.so"), QStringLiteral("Viewer"),
-                    QStringLiteral("Extension"), QStringLiteral("Storage"),
-                    QStringLiteral("true (Default)"), QStringLiteral("Shows documents"),
+                    QStringLiteral("Extension"), dependencies, QStringLiteral("true (Default)"),
+                    QStringLiteral("Shows documents"),
                     { QStringLiteral("      --viewer-theme <theme>: Colour theme"),
-                      QStringLiteral("      --viewer-readonly: Opens documents read-only") });
+                      QStringLiteral("      --viewer-readonly: Opens documents read-only") },
+                    explanation);
+}
+
+QStringList droppedViewer(const QString& problem,
+                          const QString& dependencies = QStringLiteral("Storage"))
+{
+    return viewer({ QStringLiteral("    State: Will not load: its dependencies cannot be met."),
+                    QStringLiteral("      ") + problem },
+                  dependencies);
 }
 
 QStringList header(const QString& settings
@@ -110,28 +136,28 @@ void tst_Inspect::text_data()
                          QStringLiteral("zt_inspect_tool") }
         << QString()
         << (header() + core()
-            + QStringList { QStringLiteral(
-                                "  libzt_inspect_badarguments.so: rejected: (the library gives no "
-                                "reason: its \"Arguments\" entry is malformed)"),
-                            QStringLiteral("  libzt_inspect_stranger.so: rejected: "
-                                           "@DIR@/libzt_inspect_stranger.so "
-                                           "plugin ignored (IID does not match)") }
+            + rejected(QStringLiteral("libzt_inspect_badarguments.so"),
+                       QStringLiteral(" (its \"Arguments\" are malformed)"))
+            + rejected(QStringLiteral("libzt_inspect_stranger.so"),
+                       QStringLiteral(": @DIR@/libzt_inspect_stranger.so plugin ignored (IID "
+                                      "does not match)"))
             + accepted(QStringLiteral("libzt_inspect_tool.so"), QStringLiteral("Tool"),
                        QStringLiteral("Tool"), QStringLiteral("(none)"),
                        QStringLiteral("true (Default)"),
-                       QStringLiteral("Of a category that is never loaded"))
-            + QStringList { QStringLiteral(
-                "  libzt_notaplugin.so: rejected: @DIR@/libzt_notaplugin.so "
-                "is not a plugin (no string IID found)") }
+                       QStringLiteral("Of a category that is never loaded"), {},
+                       { QStringLiteral("    State: Will not load: its category \"Tool\" is "
+                                        "neither Core nor Extension.") })
+            + rejected(QStringLiteral("libzt_notaplugin.so"),
+                       QStringLiteral(": @DIR@/libzt_notaplugin.so is not a plugin (no string "
+                                      "IID found)"))
             + storage() + viewer()
             + QStringList { QString(), QStringLiteral("Load order:"),
                             QStringLiteral("  1. Core (libzt_core.so)"),
                             QStringLiteral("  2. Storage (libzt_storage.so)"),
                             QStringLiteral("  3. Viewer (libzt_viewer.so)"),
                             QStringLiteral("Not loaded:"),
-                            QStringLiteral(
-                                "  Tool (libzt_inspect_tool.so): its category \"Tool\" is "
-                                "never loaded; only \"Core\" and \"Extension\" are") })
+                            QStringLiteral("  Tool (libzt_inspect_tool.so): Will not load: its "
+                                           "category \"Tool\" is neither Core nor Extension.") })
         << 0;
 
     QTest::newRow("a disabled dependency drops its dependent")
@@ -139,27 +165,32 @@ void tst_Inspect::text_data()
                          QStringLiteral("zt_storage") }
         << QStringLiteral("[plugin]\nStorage=false\n")
         << (header(QStringLiteral("@SETTINGS@")) + core()
-            + storage(QStringLiteral("false (settings: plugin/Storage)")) + viewer()
+            + storage(QStringLiteral("false (settings: plugin/Storage)"),
+                      QStringLiteral("    State: Will not load: it is switched off."))
+            + droppedViewer(QStringLiteral("Needs Storage, which is switched off."))
             + QStringList { QString(), QStringLiteral("Load order:"),
                             QStringLiteral("  1. Core (libzt_core.so)"),
                             QStringLiteral("Not loaded:"),
-                            QStringLiteral("  Storage (libzt_storage.so): disabled in the settings "
-                                           "(plugin/Storage)"),
+                            QStringLiteral("  Storage (libzt_storage.so): Will not load: it is "
+                                           "switched off."),
                             QStringLiteral(
                                 "Dropped by the dependency ordering (silently, at load time):"),
-                            QStringLiteral(
-                                "  Viewer (libzt_viewer.so): disabled dependency \"Storage\"") })
+                            QStringLiteral("  Viewer (libzt_viewer.so): Needs Storage, which is "
+                                           "switched off.") })
         << 1;
 
     QTest::newRow("a missing dependency drops its dependent")
         << QStringList { QStringLiteral("zt_core"), QStringLiteral("zt_viewer") } << QString()
-        << (header() + core() + viewer()
+        << (header() + core()
+            + droppedViewer(QStringLiteral("Needs Storage, which is not in the plugin folder."),
+                            QStringLiteral("Storage (missing)"))
             + QStringList { QString(), QStringLiteral("Load order:"),
                             QStringLiteral("  1. Core (libzt_core.so)"),
                             QStringLiteral(
                                 "Dropped by the dependency ordering (silently, at load time):"),
                             QStringLiteral(
-                                "  Viewer (libzt_viewer.so): missing dependency \"Storage\"") })
+                                "  Viewer (libzt_viewer.so): Needs Storage, which is not in the "
+                                "plugin folder.") })
         << 1;
 
     QTest::newRow("a plugin that depends on itself is dropped")
@@ -173,20 +204,26 @@ void tst_Inspect::text_data()
                             QStringLiteral("    Default: true"),
                             QStringLiteral("    Enabled: true (Default)"),
                             QStringLiteral("    Description: (none)"),
-                            QStringLiteral("    Arguments: (none)"), QString(),
+                            QStringLiteral("    Arguments: (none)"),
+                            QStringLiteral(
+                                "    State: Will not load: its dependencies cannot be met."),
+                            QStringLiteral("      Names itself as a dependency."), QString(),
                             QStringLiteral("Load order:"),
                             QStringLiteral("  1. Core (libzt_core.so)"),
                             QStringLiteral(
                                 "Dropped by the dependency ordering (silently, at load time):"),
                             QStringLiteral(
-                                "  Selfish (libzt_inspect_selfish.so): it depends on itself") })
+                                "  Selfish (libzt_inspect_selfish.so): Names itself as a "
+                                "dependency.") })
         << 1;
 
     QTest::newRow("the settings pick the second core plugin")
         << QStringList { QStringLiteral("zt_core"), QStringLiteral("zt_inspect_altcore") }
         << QStringLiteral("[plugin]\nCore=false\nAltCore=true\n")
         << (header(QStringLiteral("@SETTINGS@"))
-            + core(QStringLiteral("false (settings: plugin/Core)"))
+            + core(QStringLiteral("false (settings: plugin/Core)"),
+                   QStringLiteral("    State: Will not load: another Core plugin, AltCore, is "
+                                  "chosen."))
             + QStringList { QStringLiteral("  libzt_inspect_altcore.so: accepted"),
                             QStringLiteral("    Name: AltCore"),
                             QStringLiteral("    Category: Core"),
@@ -194,26 +231,132 @@ void tst_Inspect::text_data()
                             QStringLiteral("    Default: false"),
                             QStringLiteral("    Enabled: true (settings: plugin/AltCore)"),
                             QStringLiteral("    Description: A second core plugin"),
-                            QStringLiteral("    Arguments: (none)"), QString(),
+                            QStringLiteral("    Arguments: (none)"), willLoad(), QString(),
                             QStringLiteral("Load order:"),
                             QStringLiteral("  1. AltCore (libzt_inspect_altcore.so)"),
                             QStringLiteral("Not loaded:"),
-                            QStringLiteral(
-                                "  Core (libzt_core.so): only one Core plugin is loaded, "
-                                "and \"AltCore\" is chosen") })
+                            QStringLiteral("  Core (libzt_core.so): Will not load: another Core "
+                                           "plugin, AltCore, is chosen.") })
         << 0;
 
     QTest::newRow("no core plugin")
         << QStringList { QStringLiteral("zt_viewer"), QStringLiteral("zt_storage") } << QString()
-        << (header() + storage() + viewer()
+        << (header()
+            + storage(QStringLiteral("true (Default)"),
+                      QStringLiteral("    State: Will not load: the plugin folder has no Core "
+                                     "plugin."))
+            + viewer({ QStringLiteral("    State: Will not load: the plugin folder has no Core "
+                                      "plugin.") })
             + QStringList { QString(),
                             QStringLiteral(
                                 "Load order: nothing is loaded: The Core plugin is not found"),
                             QStringLiteral("Not loaded:"),
-                            QStringLiteral("  Storage (libzt_storage.so): nothing is loaded "
-                                           "without a Core plugin"),
-                            QStringLiteral("  Viewer (libzt_viewer.so): nothing is loaded without "
-                                           "a Core plugin") })
+                            QStringLiteral("  Storage (libzt_storage.so): Will not load: the "
+                                           "plugin folder has no Core plugin."),
+                            QStringLiteral("  Viewer (libzt_viewer.so): Will not load: the plugin "
+                                           "folder has no Core plugin.") })
+        << 1;
+
+    QTest::newRow("metadata written for another host")
+        << QStringList { QStringLiteral("zt_core"), QStringLiteral("zt_foreign_objects"),
+                         QStringLiteral("zt_foreign_single"), QStringLiteral("zt_foreign_chatty") }
+        << QString()
+        << (header()
+            + QStringList { QStringLiteral("  libzt_core.so: accepted"),
+                            QStringLiteral("    Name: Core"),
+                            QStringLiteral("    Category: Core"),
+                            QStringLiteral("    Dependencies: (none)"),
+                            QStringLiteral("    Default: true"),
+                            QStringLiteral("    Enabled: true (Default)"),
+                            QStringLiteral("    Description: The core plugin of the test host"),
+                            QStringLiteral("    Arguments: (none)"),
+                            QStringLiteral("    State: Will load at the next start."),
+                            QStringLiteral("  libzt_foreign_chatty.so: accepted"),
+                            QStringLiteral("    Name: Chatty"),
+                            QStringLiteral("    Category: Extension"),
+                            QStringLiteral("    Dependencies: Core"),
+                            QStringLiteral("    Default: true"),
+                            QStringLiteral("    Enabled: true (Default)"),
+                            QStringLiteral(
+                                "    Description: Declares an option that Objects declares too"),
+                            QStringLiteral("    Arguments:"),
+                            QStringLiteral(
+                                "      --verbose: Talks a lot — Objects and Chatty both declare "
+                                "--verbose: the host's parser refuses the second."),
+                            QStringLiteral("    State: Will load at the next start."),
+                            QStringLiteral("  libzt_foreign_objects.so: accepted"),
+                            QStringLiteral("    Name: Objects"),
+                            QStringLiteral("    Category: Extension"),
+                            QStringLiteral(
+                                "    Dependencies: Dependencies[0] (an object), 5 "
+                                "(Dependencies[1], a number), Dependencies[2] (null), "
+                                "Dependencies[3] (an empty string), Dependencies[4] (an object)"),
+                            QStringLiteral("    Default: true"),
+                            QStringLiteral("    Enabled: true (Default)"),
+                            QStringLiteral("    Description: Written for another host: its "
+                                           "dependencies are objects"),
+                            QStringLiteral("    Arguments:"),
+                            QStringLiteral("      \"-color\" <color>: Colour of the objects — The "
+                                           "host's parser can never accept it: option names cannot "
+                                           "start with a '-'."),
+                            QStringLiteral(
+                                "      \"a=b\": A setting with an equals sign — The host's parser "
+                                "can never accept it: option names cannot contain a '='."),
+                            QStringLiteral(
+                                "      --verbose: Talks more — Objects and Chatty both declare "
+                                "--verbose: the host's parser refuses the second."),
+                            QStringLiteral(
+                                "    State: Will not load: its dependencies cannot be met."),
+                            QStringLiteral(
+                                "      Needs a plugin with an empty name, which no plugin has."),
+                            QStringLiteral("      Needs 5, which is not in the plugin folder."),
+                            QStringLiteral("    In its metadata:"),
+                            QStringLiteral(
+                                "      Dependencies[0] is an object, not a plugin name: it counts "
+                                "as a dependency on an empty name, which no plugin has; it names "
+                                "Core, but as an object; write \"Core\"."),
+                            QStringLiteral("      Dependencies[1] is a number, not a plugin name: "
+                                           "it counts as a dependency on the name \"5\"."),
+                            QStringLiteral(
+                                "      Dependencies[2] is null, not a plugin name: it counts as a "
+                                "dependency on an empty name, which no plugin has."),
+                            QStringLiteral(
+                                "      Dependencies[3] is an empty string, not a plugin name: it "
+                                "counts as a dependency on an empty name, which no plugin has."),
+                            QStringLiteral(
+                                "      Dependencies[4] is an object, not a plugin name: it counts "
+                                "as a dependency on an empty name, which no plugin has."),
+                            QStringLiteral("  libzt_foreign_single.so: accepted"),
+                            QStringLiteral("    Name: Single"),
+                            QStringLiteral("    Category: Extension"),
+                            QStringLiteral("    Dependencies: Dependencies[0] (an object)"),
+                            QStringLiteral("    Default: true"),
+                            QStringLiteral("    Enabled: true (Default)"),
+                            QStringLiteral("    Description: One dependency, given as an object"),
+                            QStringLiteral("    Arguments: (none)"),
+                            QStringLiteral("    State: Will load at the next start, before a "
+                                           "plugin it needs."),
+                            QStringLiteral(
+                                "      Needs a plugin with an empty name, which no plugin has."),
+                            QStringLiteral("    In its metadata:"),
+                            QStringLiteral(
+                                "      Dependencies[0] is an object, not a plugin name: it counts "
+                                "as a dependency on an empty name, which no plugin has; it names "
+                                "Core, but as an object; write \"Core\"."),
+                            QString(),
+                            QStringLiteral("Load order:"),
+                            QStringLiteral("  1. Core (libzt_core.so)"),
+                            QStringLiteral("  2. Chatty (libzt_foreign_chatty.so)"),
+                            QStringLiteral("  3. Single (libzt_foreign_single.so)"),
+                            QStringLiteral(
+                                "Dropped by the dependency ordering (silently, at load time):"),
+                            QStringLiteral("  Objects (libzt_foreign_objects.so): Needs a plugin "
+                                           "with an empty name, which no plugin has. Needs 5, "
+                                           "which is not in the plugin folder."),
+                            QStringLiteral(
+                                "Loaded although their dependencies are not loaded before them:"),
+                            QStringLiteral("  Single (libzt_foreign_single.so): Needs a plugin "
+                                           "with an empty name, which no plugin has.") })
         << 1;
 
     QTest::newRow("empty folder")
@@ -281,12 +424,20 @@ void tst_Inspect::json()
         { QStringLiteral("enabledBy"), QStringLiteral("default") },
         { QStringLiteral("description"), QStringLiteral("The core plugin of the test host") },
         { QStringLiteral("arguments"), QJsonArray() },
+        { QStringLiteral("state"), QStringLiteral("Loads") },
+        { QStringLiteral("stateText"), QStringLiteral("Will load at the next start.") },
+        { QStringLiteral("problems"), QJsonArray() },
     };
     const QJsonObject badArgumentsFile {
         { QStringLiteral("file"), QStringLiteral("libzt_inspect_badarguments.so") },
         { QStringLiteral("path"), dir + QStringLiteral("/libzt_inspect_badarguments.so") },
         { QStringLiteral("accepted"), false },
         { QStringLiteral("error"), QString() },
+        { QStringLiteral("state"), QStringLiteral("Refused") },
+        { QStringLiteral("stateText"),
+          QStringLiteral("Will not load: the library refuses the file (its \"Arguments\" are "
+                         "malformed).") },
+        { QStringLiteral("problems"), QJsonArray() },
     };
     const QJsonObject notAPluginFile {
         { QStringLiteral("file"), QStringLiteral("libzt_notaplugin.so") },
@@ -294,6 +445,12 @@ void tst_Inspect::json()
         { QStringLiteral("accepted"), false },
         { QStringLiteral("error"),
           dir + QStringLiteral("/libzt_notaplugin.so is not a plugin (no string IID found)") },
+        { QStringLiteral("state"), QStringLiteral("Refused") },
+        { QStringLiteral("stateText"),
+          QStringLiteral("Will not load: the library refuses the file: %1/libzt_notaplugin.so is "
+                         "not a plugin (no string IID found).")
+              .arg(dir) },
+        { QStringLiteral("problems"), QJsonArray() },
     };
     const QJsonObject viewerFile {
         { QStringLiteral("file"), QStringLiteral("libzt_viewer.so") },
@@ -308,13 +465,27 @@ void tst_Inspect::json()
         { QStringLiteral("description"), QStringLiteral("Shows documents") },
         { QStringLiteral("arguments"),
           QJsonArray {
-              QJsonObject { { QStringLiteral("name"), QStringLiteral("viewer-theme") },
-                            { QStringLiteral("parameter"), QStringLiteral("theme") },
-                            { QStringLiteral("description"), QStringLiteral("Colour theme") } },
-              QJsonObject { { QStringLiteral("name"), QStringLiteral("viewer-readonly") },
-                            { QStringLiteral("parameter"), QString() },
-                            { QStringLiteral("description"),
-                              QStringLiteral("Opens documents read-only") } } } },
+              QJsonObject {
+                  { QStringLiteral("name"), QStringLiteral("viewer-theme") },
+                  { QStringLiteral("parameter"), QStringLiteral("theme") },
+                  { QStringLiteral("description"), QStringLiteral("Colour theme") },
+                  { QStringLiteral("synopsis"), QStringLiteral("--viewer-theme <theme>") },
+                  { QStringLiteral("note"), QString() } },
+              QJsonObject {
+                  { QStringLiteral("name"), QStringLiteral("viewer-readonly") },
+                  { QStringLiteral("parameter"), QString() },
+                  { QStringLiteral("description"), QStringLiteral("Opens documents read-only") },
+                  { QStringLiteral("synopsis"), QStringLiteral("--viewer-readonly") },
+                  { QStringLiteral("note"), QString() } } } },
+        { QStringLiteral("state"), QStringLiteral("Dropped") },
+        { QStringLiteral("stateText"),
+          QStringLiteral("Will not load: its dependencies cannot be met.") },
+        { QStringLiteral("problems"),
+          QJsonArray { QJsonObject {
+              { QStringLiteral("kind"), QStringLiteral("Missing") },
+              { QStringLiteral("dependency"), QStringLiteral("Storage") },
+              { QStringLiteral("text"),
+                QStringLiteral("Needs Storage, which is not in the plugin folder.") } } } },
     };
     const QJsonObject expected {
         { QStringLiteral("directory"), QDir(folder.path()).absolutePath() },
@@ -332,11 +503,22 @@ void tst_Inspect::json()
           QJsonArray { QJsonObject {
               { QStringLiteral("name"), QStringLiteral("Viewer") },
               { QStringLiteral("file"), QStringLiteral("libzt_viewer.so") },
-              { QStringLiteral("reason"), QStringLiteral("missing dependency \"Storage\"") } } } },
+              { QStringLiteral("reason"),
+                QStringLiteral("Needs Storage, which is not in the plugin folder.") } } } },
         { QStringLiteral("unordered"), QJsonArray() },
         { QStringLiteral("warnings"), QJsonArray() },
     };
-    QCOMPARE(QString::fromUtf8(QJsonDocument(document.object()).toJson()),
+    // Each file's "explanation" holds the sentences of the plugin screens; another test
+    // compares them with the screens themselves.
+    QJsonObject report = document.object();
+    QJsonArray files = report.value(QStringLiteral("files")).toArray();
+    for (int i = 0; i < files.size(); ++i) {
+        QJsonObject file = files.at(i).toObject();
+        QVERIFY(!file.take(QStringLiteral("explanation")).toArray().isEmpty());
+        files.replace(i, file);
+    }
+    report.insert(QStringLiteral("files"), files);
+    QCOMPARE(QString::fromUtf8(QJsonDocument(report).toJson()),
              QString::fromUtf8(QJsonDocument(expected).toJson()));
     QCOMPARE(result.exitCode, 1);
 }
@@ -370,13 +552,13 @@ void tst_Inspect::cycle()
     };
 
     QCOMPARE(report.value(QStringLiteral("dropped")).toArray(),
-             QJsonArray { entry(
-                 droppedName,
-                 QStringLiteral("dependency cycle: %1 -> %2 -> %1").arg(droppedName, keptName)) });
+             QJsonArray { entry(droppedName,
+                                QStringLiteral("Needs %2 in a dependency cycle: %1 → %2 → %1.")
+                                    .arg(droppedName, keptName)) });
     QCOMPARE(report.value(QStringLiteral("unordered")).toArray(),
-             QJsonArray { entry(
-                 keptName,
-                 QStringLiteral("dependency cycle: %1 -> %2 -> %1").arg(keptName, droppedName)) });
+             QJsonArray { entry(keptName,
+                                QStringLiteral("Needs %2 in a dependency cycle: %1 → %2 → %1.")
+                                    .arg(keptName, droppedName)) });
     QCOMPARE(
         report.value(QStringLiteral("loadOrder")).toArray(),
         (QJsonArray { QJsonObject { { QStringLiteral("name"), QStringLiteral("Core") },

@@ -495,7 +495,7 @@ void tst_Trial::graph()
         QStringLiteral("    \"libzt_trial_needsegv.so\" [label=\"NeedsSegv\\n"
                        "libzt_trial_needsegv.so\\nloads #2\", fillcolor=\"#c8e6c9\"];"),
         QStringLiteral("    \"libzt_viewer.so\" [label=\"Viewer\\nlibzt_viewer.so\\ndropped: "
-                       "disabled dependency \\\"Storage\\\"\", fillcolor=\"#ffcdd2\", "
+                       "Needs Storage, which is switched off.\", fillcolor=\"#ffcdd2\", "
                        "color=\"#c62828\"];"),
         QStringLiteral("    \"missing: Segv\" [label=\"Segv\\nmissing\", style=\"dashed\", "
                        "color=\"#c62828\", fontcolor=\"#c62828\"];"),
