@@ -8,6 +8,7 @@
 #include <zelvane/pluginscaterogies.h>
 #include <zelvane/pluginsmodel.h>
 
+#include <QtCore/QHash>
 #include <QtCore/QPointer>
 #include <QtQml/QQmlEngine>
 
@@ -43,6 +44,7 @@ QVariantMap detailsOf(const PluginDiagnostic& plugin)
         problems.append(problem.text());
     return QVariantMap {
         { QStringLiteral("name"), plugin.name() },
+        { QStringLiteral("title"), PluginPresentation::title(plugin) },
         { QStringLiteral("fileName"), plugin.fileName() },
         { QStringLiteral("filePath"), plugin.filePath() },
         { QStringLiteral("category"), plugin.category() },
@@ -57,6 +59,57 @@ QVariantMap detailsOf(const PluginDiagnostic& plugin)
         { QStringLiteral("willLoad"), plugin.willLoad() },
         { QStringLiteral("refusal"), plugin.refusal() },
     };
+}
+
+// The heading of the group that a file without a row is listed under: its category, or
+// one group for every refused file, whose category (when it has one) is not why it has
+// no row.
+QString groupTitleOf(const PluginDiagnostic& plugin)
+{
+    if (plugin.state() == PluginDiagnostic::State::Refused)
+        return QmlPlugins::tr("Refused files");
+    if (plugin.category().isEmpty())
+        return QmlPlugins::tr("Without a category");
+    return plugin.category();
+}
+
+// The groups of the files without a row: by category in alphabetical order, so that a
+// large folder reads like an index, and the refused files last.
+QVariantList groupsOf(const QList<PluginDiagnostic>& others)
+{
+    struct Group
+    {
+        QString title;
+        bool refused = false;
+        QVariantList files;
+    };
+    QList<Group> groups;
+    for (const PluginDiagnostic& plugin : others) {
+        const bool refused = plugin.state() == PluginDiagnostic::State::Refused;
+        const QString title = groupTitleOf(plugin);
+        auto group = std::find_if(groups.begin(), groups.end(), [&](const Group& group) {
+            return group.refused == refused && group.title == title;
+        });
+        if (group == groups.end())
+            group = groups.insert(groups.end(), Group { title, refused, {} });
+        group->files.append(detailsOf(plugin));
+    }
+    std::stable_sort(groups.begin(), groups.end(), [](const Group& left, const Group& right) {
+        if (left.refused != right.refused)
+            return right.refused;
+        return QString::localeAwareCompare(left.title, right.title) < 0;
+    });
+    QVariantList list;
+    for (const Group& group : std::as_const(groups)) {
+        // The key tells a category named like the refused files' heading from them.
+        const QString key
+            = group.refused ? QStringLiteral("refused") : QStringLiteral("category:") + group.title;
+        list.append(QVariantMap { { QStringLiteral("key"), key },
+                                  { QStringLiteral("title"), group.title },
+                                  { QStringLiteral("refused"), group.refused },
+                                  { QStringLiteral("files"), group.files } });
+    }
+    return list;
 }
 
 QVariantMap itemOf(const PluginExplanation::Item& item)
@@ -78,7 +131,12 @@ public:
     LoadDiagnostics diagnostics;
     QVariantMap details;
     QVariantList otherFiles;
+    QVariantList otherGroups;
+    // Every file of the folder by its path, for the page's questions about one file.
+    QHash<QString, PluginDiagnostic> byPath;
     bool restartOffered = false;
+
+    PluginDiagnostic plugin(const QString& filePath) const { return byPath.value(filePath); }
 };
 
 QmlPlugins::QmlPlugins(QObject* parent)
@@ -176,10 +234,16 @@ void QmlPlugins::refresh()
             d->details.insert(plugin->name(), detailsOf(*plugin));
     }
     d->otherFiles.clear();
+    d->byPath.clear();
+    QList<PluginDiagnostic> others;
     for (const PluginDiagnostic& plugin : plugins) {
-        if (PluginPresentation::isOtherFile(plugin))
+        d->byPath.insert(plugin.filePath(), plugin);
+        if (PluginPresentation::isOtherFile(plugin)) {
             d->otherFiles.append(detailsOf(plugin));
+            others.append(plugin);
+        }
     }
+    d->otherGroups = groupsOf(others);
     Q_EMIT detailsChanged();
 }
 
@@ -206,17 +270,31 @@ bool QmlPlugins::canRestart() const
     return d->restartOffered;
 }
 
+QVariantList QmlPlugins::otherGroups() const
+{
+    return d->otherGroups;
+}
+
+QString QmlPlugins::groupTitle(const QString& filePath) const
+{
+    const PluginDiagnostic plugin = d->plugin(filePath);
+    return PluginPresentation::isOtherFile(plugin) ? groupTitleOf(plugin) : QString();
+}
+
+bool QmlPlugins::matchesFilter(const QString& filePath, const QString& text) const
+{
+    const PluginDiagnostic plugin = d->plugin(filePath);
+    return plugin.isValid() && PluginPresentation::matchesFilter(plugin, text);
+}
+
 QVariantList QmlPlugins::explanation(const QString& filePath) const
 {
     QVariantList parts;
-    const QList<PluginDiagnostic> plugins = d->diagnostics.plugins();
-    const auto plugin = std::find_if(plugins.cbegin(), plugins.cend(), [&](const auto& plugin) {
-        return plugin.filePath() == filePath;
-    });
-    if (plugin == plugins.cend())
+    const PluginDiagnostic plugin = d->plugin(filePath);
+    if (!plugin.isValid())
         return parts;
     const QList<PluginExplanation::Part> explained
-        = PluginExplanation(*plugin, d->diagnostics).parts();
+        = PluginExplanation(plugin, d->diagnostics).parts();
     for (const PluginExplanation::Part& part : explained) {
         QVariantList items;
         for (const PluginExplanation::Item& item : part.items)
