@@ -121,13 +121,12 @@ Pane {
     }
 
     // The rows of the other files: a header per group that the filter leaves a file in,
-    // and the group's files when it is open.
+    // and the group's files when it is open. Plugins groups and filters them, by the
+    // rules of both screens.
     function otherRows(): var {
         let rows = []
-        for (const group of Plugins.otherGroups) {
-            const files = group.files.filter(file => Plugins.matchesFilter(file.filePath, filter.text))
-            if (files.length === 0)
-                continue
+        for (const group of Plugins.otherGroups(filter.text)) {
+            const files = group.files
             const expanded = page.isExpanded(group.key)
             rows.push({ header: true, key: group.key, title: group.title, expanded: expanded,
                         filePath: "", file: null })
@@ -177,17 +176,19 @@ Pane {
             list.currentIndex = row
     }
     onExpandedGroupsChanged: page.updateOthers()
-    Component.onCompleted: {
+    // Plugins reads the folder again after every tick, and so does the page.
+    function reread() {
         page.explain()
         page.updateOthers()
     }
 
-    // What Plugins read of the folder, again after every tick.
-    readonly property var folder: Plugins.details
-    onFolderChanged: {
-        page.explain()
-        page.updateOthers()
+    Component.onCompleted: {
+        page.reread()
+        Plugins.detailsChanged.connect(page.reread)
     }
+    // The singleton outlives the page.
+    Component.onDestruction: Plugins.detailsChanged.disconnect(page.reread)
+
 
     PluginsFilterModel {
         id: plugins
@@ -220,15 +221,19 @@ Pane {
             }
         }
 
-        RowLayout {
+        // Anchored rather than laid out: the lists take two fifths of the width whatever
+        // their rows hold, and the details the rest, however long their lines.
+        Item {
+            id: split
             Layout.fillWidth: true
             Layout.fillHeight: true
 
             ColumnLayout {
                 id: lists
-                Layout.fillHeight: true
-                Layout.preferredWidth: page.width * 0.4
-                Layout.maximumWidth: page.width * 0.4
+                anchors.left: split.left
+                anchors.top: split.top
+                anchors.bottom: split.bottom
+                width: Math.round(split.width * 0.4)
 
                 ListView {
                     id: list
@@ -409,6 +414,7 @@ Pane {
                         required property int index
                         required property var modelData
                         readonly property bool header: other.modelData.header
+                        readonly property string text: otherLabel.text
                         readonly property bool highlighted: other.header
                             ? other.ListView.isCurrentItem && others.activeFocus
                             : other.modelData.filePath === (page.currentOther ? page.currentOther.filePath : "")
@@ -485,9 +491,11 @@ Pane {
 
             Rectangle {
                 id: detailsFrame
-                Layout.fillWidth: true
-                Layout.fillHeight: true
-                Layout.preferredWidth: page.width * 0.6
+                anchors.left: lists.right
+                anchors.leftMargin: 6
+                anchors.right: split.right
+                anchors.top: split.top
+                anchors.bottom: split.bottom
                 color: page.palette.base
                 border.width: 1
                 border.color: details.activeFocus ? page.palette.highlight : page.palette.mid
@@ -519,7 +527,7 @@ Pane {
                         objectName: "detail:" + line.kind + (line.modelData.part ? ":" + line.modelData.part : "")
                         width: ListView.view.width - detailsBar.width
                         leftPadding: line.kind === "item" ? 18 : 0
-                        topPadding: line.kind === "item" ? 1 : 4
+                        topPadding: line.kind === "item" ? 1 : 6
                         bottomPadding: line.kind === "item" ? 1 : 2
                         wrapMode: Text.Wrap
                         textFormat: line.plain ? Text.PlainText : Text.RichText

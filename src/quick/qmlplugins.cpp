@@ -61,55 +61,55 @@ QVariantMap detailsOf(const PluginDiagnostic& plugin)
     };
 }
 
-// The heading of the group that a file without a row is listed under: its category, or
-// one group for every refused file, whose category (when it has one) is not why it has
-// no row.
-QString groupTitleOf(const PluginDiagnostic& plugin)
+// The files without a row as the screens group them: one group per category, in the
+// order in which the folder lists each category's first file, then the refused files in
+// a group of their own, whose category (when they have one) is not why they have no row.
+struct OtherGroup
 {
-    if (plugin.state() == PluginDiagnostic::State::Refused)
-        return QmlPlugins::tr("Refused files");
-    if (plugin.category().isEmpty())
-        return QmlPlugins::tr("Without a category");
-    return plugin.category();
-}
+    bool refused = false;
+    QString category;
+    QList<PluginDiagnostic> files;
+};
 
-// The groups of the files without a row: by category in alphabetical order, so that a
-// large folder reads like an index, and the refused files last.
-QVariantList groupsOf(const QList<PluginDiagnostic>& others)
+QList<OtherGroup> otherGroupsOf(const QList<PluginDiagnostic>& others, const QString& filterText)
 {
-    struct Group
-    {
-        QString title;
-        bool refused = false;
-        QVariantList files;
-    };
-    QList<Group> groups;
+    QList<OtherGroup> groups;
+    OtherGroup refused { true, QString(), {} };
     for (const PluginDiagnostic& plugin : others) {
-        const bool refused = plugin.state() == PluginDiagnostic::State::Refused;
-        const QString title = groupTitleOf(plugin);
-        auto group = std::find_if(groups.begin(), groups.end(), [&](const Group& group) {
-            return group.refused == refused && group.title == title;
+        if (!PluginPresentation::matchesFilter(plugin, filterText))
+            continue;
+        if (plugin.state() == PluginDiagnostic::State::Refused) {
+            refused.files.append(plugin);
+            continue;
+        }
+        const QString category = plugin.category();
+        auto group = std::find_if(groups.begin(), groups.end(), [&](const OtherGroup& candidate) {
+            return candidate.category == category;
         });
         if (group == groups.end())
-            group = groups.insert(groups.end(), Group { title, refused, {} });
-        group->files.append(detailsOf(plugin));
+            group = groups.insert(groups.end(), OtherGroup { false, category, {} });
+        group->files.append(plugin);
     }
-    std::stable_sort(groups.begin(), groups.end(), [](const Group& left, const Group& right) {
-        if (left.refused != right.refused)
-            return right.refused;
-        return QString::localeAwareCompare(left.title, right.title) < 0;
-    });
-    QVariantList list;
-    for (const Group& group : std::as_const(groups)) {
-        // The key tells a category named like the refused files' heading from them.
-        const QString key
-            = group.refused ? QStringLiteral("refused") : QStringLiteral("category:") + group.title;
-        list.append(QVariantMap { { QStringLiteral("key"), key },
-                                  { QStringLiteral("title"), group.title },
-                                  { QStringLiteral("refused"), group.refused },
-                                  { QStringLiteral("files"), group.files } });
-    }
-    return list;
+    if (!refused.files.isEmpty())
+        groups.append(refused);
+    return groups;
+}
+
+// A group's heading: its category, or that its files are refused, and how many files
+// the filter leaves in it, so that a closed group still says what it holds. Both forms
+// spelled out: the component ships no English catalogue that would pick between them.
+QString groupTitleOf(const OtherGroup& group)
+{
+    const qsizetype count = group.files.size();
+    if (group.refused)
+        return count == 1 ? QmlPlugins::tr("Refused by the library: 1 file")
+                          : QmlPlugins::tr("Refused by the library: %1 files").arg(count);
+    if (group.category.isEmpty())
+        return count == 1 ? QmlPlugins::tr("No category: 1 file")
+                          : QmlPlugins::tr("No category: %1 files").arg(count);
+    return count == 1
+        ? QmlPlugins::tr("Category \"%1\": 1 file").arg(group.category)
+        : QmlPlugins::tr("Category \"%1\": %2 files").arg(group.category, QString::number(count));
 }
 
 QVariantMap itemOf(const PluginExplanation::Item& item)
@@ -131,7 +131,8 @@ public:
     LoadDiagnostics diagnostics;
     QVariantMap details;
     QVariantList otherFiles;
-    QVariantList otherGroups;
+    // The files that otherFiles lists, in the same order.
+    QList<PluginDiagnostic> others;
     // Every file of the folder by its path, for the page's questions about one file.
     QHash<QString, PluginDiagnostic> byPath;
     bool restartOffered = false;
@@ -235,15 +236,14 @@ void QmlPlugins::refresh()
     }
     d->otherFiles.clear();
     d->byPath.clear();
-    QList<PluginDiagnostic> others;
+    d->others.clear();
     for (const PluginDiagnostic& plugin : plugins) {
         d->byPath.insert(plugin.filePath(), plugin);
         if (PluginPresentation::isOtherFile(plugin)) {
             d->otherFiles.append(detailsOf(plugin));
-            others.append(plugin);
+            d->others.append(plugin);
         }
     }
-    d->otherGroups = groupsOf(others);
     Q_EMIT detailsChanged();
 }
 
@@ -270,15 +270,25 @@ bool QmlPlugins::canRestart() const
     return d->restartOffered;
 }
 
-QVariantList QmlPlugins::otherGroups() const
+QVariantList QmlPlugins::otherGroups(const QString& filterText) const
 {
-    return d->otherGroups;
-}
-
-QString QmlPlugins::groupTitle(const QString& filePath) const
-{
-    const PluginDiagnostic plugin = d->plugin(filePath);
-    return PluginPresentation::isOtherFile(plugin) ? groupTitleOf(plugin) : QString();
+    QVariantList list;
+    const QList<OtherGroup> groups = otherGroupsOf(d->others, filterText);
+    for (const OtherGroup& group : groups) {
+        QVariantList files;
+        for (const PluginDiagnostic& plugin : group.files)
+            files.append(detailsOf(plugin));
+        // The key stays the same while the count in the title changes, and keeps a
+        // category of any name, the empty one included, apart from the refused files.
+        const QString key = group.refused ? QStringLiteral("refused")
+                                          : QStringLiteral("category:") + group.category;
+        list.append(QVariantMap { { QStringLiteral("key"), key },
+                                  { QStringLiteral("title"), groupTitleOf(group) },
+                                  { QStringLiteral("refused"), group.refused },
+                                  { QStringLiteral("category"), group.category },
+                                  { QStringLiteral("files"), files } });
+    }
+    return list;
 }
 
 bool QmlPlugins::matchesFilter(const QString& filePath, const QString& text) const

@@ -56,22 +56,30 @@ Item {
             return names
         }
 
-        // The rows of the other files as the user sees them: "> Group" closed,
-        // "v Group" open, a file's title indented.
+        // The name of an other files' group in the expectations: its category, or
+        // "refused".
+        function groupName(group) {
+            return group.key === "refused" ? "refused" : group.key.substring("category:".length)
+        }
+
+        // The rows of the other files: "> Group" closed, "v Group" open, a file's title
+        // indented.
         function otherRows() {
             const others = child("otherFiles")
             let texts = []
             for (let row = 0; row < others.count; ++row) {
                 const line = others.model[row]
-                texts.push(line.header ? (line.expanded ? "v " : "> ") + line.title : "  " + line.title)
+                texts.push(line.header ? (line.expanded ? "v " : "> ") + groupName(line) : "  " + line.title)
             }
             return texts
         }
 
-        function otherRow(title) {
+        // The first row of a group, or of a file.
+        function otherRow(name) {
             const others = child("otherFiles")
             for (let row = 0; row < others.count; ++row) {
-                if (others.model[row].title === title)
+                const line = others.model[row]
+                if ((line.header ? groupName(line) : line.title) === name)
                     return row
             }
             return -1
@@ -285,22 +293,28 @@ Item {
         }
 
         function test_otherGroupsCollapsedAndExpanding() {
-            const others = child("otherFiles")
-            verify(others.visible)
+            verify(child("otherFiles").visible)
             // One group per category, the refused files last; titled as Plugins says.
-            compare(Plugins.otherGroups.map(group => group.title),
-                    ["Reader", "Sidebar", "Tool", "Refused files"])
-            for (const group of Plugins.otherGroups) {
+            const groups = Plugins.otherGroups()
+            compare(groups.map(group => group.title),
+                    ["Category \"Tool\": 1 file", "Category \"Sidebar\": 1 file",
+                     "Category \"Reader\": 1 file", "Refused by the library: 1 file"])
+            for (const group of groups) {
                 for (const file of group.files)
-                    compare(Plugins.groupTitle(file.filePath), group.title)
+                    compare(file.category, group.category)
             }
-            compare(Plugins.groupTitle(Plugins.details["Core"].filePath), "")
-            compare(otherRows(), ["> Reader", "> Sidebar", "> Tool", "> Refused files"])
+            compare(groups[3].files.map(file => file.title), ["libzt_notaplugin.so"])
+            // The headers show these titles.
+            const others = child("otherFiles")
+            for (let row = 0; row < others.count; ++row)
+                verify(others.itemAtIndex(row).text.endsWith(groups[row].title))
+            compare(otherRows(), ["> Tool", "> Sidebar", "> Reader", "> refused"])
 
             // The mouse opens a group and chooses a file.
             const sidebar = others.itemAtIndex(otherRow("Sidebar"))
+            verify(sidebar.header)
             mouseClick(sidebar)
-            compare(otherRows(), ["> Reader", "v Sidebar", "  Sidebar", "> Tool", "> Refused files"])
+            compare(otherRows(), ["> Tool", "v Sidebar", "  Sidebar", "> Reader", "> refused"])
             const file = others.itemAtIndex(2)
             verify(file.visible)
             mouseClick(file)
@@ -308,29 +322,29 @@ Item {
             verify(file.highlighted)
             compareDetailsWithExplanation("Sidebar", fileOf("Sidebar").filePath)
             mouseClick(others.itemAtIndex(otherRow("Sidebar")))
-            compare(otherRows(), ["> Reader", "> Sidebar", "> Tool", "> Refused files"])
+            compare(otherRows(), ["> Tool", "> Sidebar", "> Reader", "> refused"])
 
             // The keyboard: Enter and Space open and close, Right opens, Left closes.
             others.forceActiveFocus()
-            others.currentIndex = otherRow("Refused files")
+            others.currentIndex = otherRow("refused")
             keyClick(Qt.Key_Return)
-            compare(otherRows(), ["> Reader", "> Sidebar", "> Tool", "v Refused files", "  libzt_notaplugin.so"])
+            compare(otherRows(), ["> Tool", "> Sidebar", "> Reader", "v refused", "  libzt_notaplugin.so"])
             keyClick(Qt.Key_Down)
             compare(page.current.title, "libzt_notaplugin.so")
             compareDetailsWithExplanation("libzt_notaplugin.so", fileOf("libzt_notaplugin.so").filePath)
             verify(detailLines()[1].endsWith("is not a plugin (no string IID found)."))
             keyClick(Qt.Key_Left)
-            compare(otherRows(), ["> Reader", "> Sidebar", "> Tool", "> Refused files"])
-            compare(others.currentIndex, otherRow("Refused files"))
+            compare(otherRows(), ["> Tool", "> Sidebar", "> Reader", "> refused"])
+            compare(others.currentIndex, otherRow("refused"))
             keyClick(Qt.Key_Space)
-            compare(otherRows(), ["> Reader", "> Sidebar", "> Tool", "v Refused files", "  libzt_notaplugin.so"])
+            compare(otherRows(), ["> Tool", "> Sidebar", "> Reader", "v refused", "  libzt_notaplugin.so"])
             keyClick(Qt.Key_Space)
             keyClick(Qt.Key_Up)
             keyClick(Qt.Key_Right)
-            compare(otherRows(), ["> Reader", "> Sidebar", "v Tool", "  Tool", "> Refused files"])
+            compare(otherRows(), ["> Tool", "> Sidebar", "v Reader", "  Longread", "> refused"])
             // A new page starts with every group closed again.
             page = createTemporaryObject(pageComponent, root)
-            compare(otherRows(), ["> Reader", "> Sidebar", "> Tool", "> Refused files"])
+            compare(otherRows(), ["> Tool", "> Sidebar", "> Reader", "> refused"])
         }
 
         function test_filterReachesEveryGroup() {
@@ -339,10 +353,10 @@ Item {
             compare(rows(), [])
             compare(otherRows(), ["> Sidebar"])
             filter.text = "NOTAPLUGIN"
-            compare(otherRows(), ["> Refused files"])
+            compare(otherRows(), ["> refused"])
             // A description counts too, as for the rows.
             filter.text = "CATEGORY"
-            compare(otherRows(), ["> Sidebar", "> Tool"])
+            compare(otherRows(), ["> Tool", "> Sidebar"])
             compare(Plugins.matchesFilter(fileOf("Tool").filePath, "never LOADED"), true)
             compare(Plugins.matchesFilter(fileOf("Tool").filePath, "Sidebar"), false)
             filter.text = "documents"
@@ -356,7 +370,7 @@ Item {
             filter.text = "tool"
             compare(otherRows(), ["v Tool", "  Tool"])
             filter.text = ""
-            compare(otherRows(), ["> Reader", "> Sidebar", "v Tool", "  Tool", "> Refused files"])
+            compare(otherRows(), ["v Tool", "  Tool", "> Sidebar", "> Reader", "> refused"])
         }
 
         function test_keyboard() {
@@ -390,7 +404,13 @@ Item {
             verify(others.activeFocus)
             compare(others.currentIndex, 0)
             keyClick(Qt.Key_Enter)
-            compare(otherRows(), ["v Reader", "  Longread", "> Sidebar", "> Tool", "> Refused files"])
+            compare(otherRows(), ["v Tool", "  Tool", "> Sidebar", "> Reader", "> refused"])
+            keyClick(Qt.Key_Down)
+            compare(page.current.title, "Tool")
+            keyClick(Qt.Key_Down)
+            keyClick(Qt.Key_Down)
+            keyClick(Qt.Key_Right)
+            compare(otherRows(), ["v Tool", "  Tool", "> Sidebar", "v Reader", "  Longread", "> refused"])
             keyClick(Qt.Key_Down)
             compare(page.current.title, "Longread")
             // The details scroll with the keyboard.

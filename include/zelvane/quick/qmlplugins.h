@@ -46,7 +46,6 @@ class ZELVANE_QUICK_EXPORT QmlPlugins : public QObject
                    pluginDirectoryChanged)
     Q_PROPERTY(QVariantMap details READ details NOTIFY detailsChanged)
     Q_PROPERTY(QVariantList otherFiles READ otherFiles NOTIFY detailsChanged)
-    Q_PROPERTY(QVariantList otherGroups READ otherGroups NOTIFY detailsChanged)
     Q_PROPERTY(QStringList loadOrder READ loadOrder NOTIFY detailsChanged)
     Q_PROPERTY(bool restartNeeded READ isRestartNeeded NOTIFY detailsChanged)
     Q_PROPERTY(bool restartOffered READ isRestartOffered WRITE setRestartOffered NOTIFY
@@ -71,10 +70,6 @@ public:
     /// The files that no row stands for (refused, or of another category), each with the
     /// keys of details, in the folder's order.
     QVariantList otherFiles() const;
-    /// otherFiles in the groups that PluginsPage shows: a list of { key, title, refused,
-    /// files }, one group per category in alphabetical order and the refused files last,
-    /// files as in otherFiles.
-    QVariantList otherGroups() const;
     QStringList loadOrder() const;
     bool isRestartNeeded() const;
     /// Whether PluginsPage offers a "Restart now" button, which emits restartRequested().
@@ -94,9 +89,12 @@ public:
     /// file; the Widgets screen and zelvane-inspect tell the same sentences. Empty for
     /// a file that is not in the folder.
     Q_INVOKABLE QVariantList explanation(const QString& filePath) const;
-    /// The title of the group of otherGroups that lists the file filePath; empty for a
-    /// file that has a row, or is not in the folder.
-    Q_INVOKABLE QString groupTitle(const QString& filePath) const;
+    /// The files of otherFiles that the filter text keeps, in the groups that PluginsPage
+    /// shows: a list of { key, title, refused, category, files }, one group per category
+    /// in the order of the folder, then the refused files; files as in otherFiles. The
+    /// title names the category and counts the files; the key stays across rereads.
+    /// Read it again when detailsChanged() is emitted.
+    Q_INVOKABLE QVariantList otherGroups(const QString& filterText = QString()) const;
     /// Whether the filter text keeps the file filePath, by the rule of both screens (its
     /// title or description holds the text, ignoring case).
     Q_INVOKABLE bool matchesFilter(const QString& filePath, const QString& text) const;
