@@ -176,6 +176,7 @@ Pane {
             list.currentIndex = row
     }
     onExpandedGroupsChanged: page.updateOthers()
+
     // Plugins reads the folder again after every tick, and so does the page.
     function reread() {
         page.explain()
@@ -188,7 +189,6 @@ Pane {
     }
     // The singleton outlives the page.
     Component.onDestruction: Plugins.detailsChanged.disconnect(page.reread)
-
 
     PluginsFilterModel {
         id: plugins
