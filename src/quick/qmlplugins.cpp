@@ -8,6 +8,7 @@
 #include <zelvane/pluginscaterogies.h>
 #include <zelvane/pluginsmodel.h>
 
+#include <QtCore/QHash>
 #include <QtCore/QPointer>
 #include <QtQml/QQmlEngine>
 
@@ -43,6 +44,7 @@ QVariantMap detailsOf(const PluginDiagnostic& plugin)
         problems.append(problem.text());
     return QVariantMap {
         { QStringLiteral("name"), plugin.name() },
+        { QStringLiteral("title"), PluginPresentation::title(plugin) },
         { QStringLiteral("fileName"), plugin.fileName() },
         { QStringLiteral("filePath"), plugin.filePath() },
         { QStringLiteral("category"), plugin.category() },
@@ -57,6 +59,57 @@ QVariantMap detailsOf(const PluginDiagnostic& plugin)
         { QStringLiteral("willLoad"), plugin.willLoad() },
         { QStringLiteral("refusal"), plugin.refusal() },
     };
+}
+
+// The files without a row as the screens group them: one group per category, in the
+// order in which the folder lists each category's first file, then the refused files in
+// a group of their own, whose category (when they have one) is not why they have no row.
+struct OtherGroup
+{
+    bool refused = false;
+    QString category;
+    QList<PluginDiagnostic> files;
+};
+
+QList<OtherGroup> otherGroupsOf(const QList<PluginDiagnostic>& others, const QString& filterText)
+{
+    QList<OtherGroup> groups;
+    OtherGroup refused { true, QString(), {} };
+    for (const PluginDiagnostic& plugin : others) {
+        if (!PluginPresentation::matchesFilter(plugin, filterText))
+            continue;
+        if (plugin.state() == PluginDiagnostic::State::Refused) {
+            refused.files.append(plugin);
+            continue;
+        }
+        const QString category = plugin.category();
+        auto group = std::find_if(groups.begin(), groups.end(), [&](const OtherGroup& candidate) {
+            return candidate.category == category;
+        });
+        if (group == groups.end())
+            group = groups.insert(groups.end(), OtherGroup { false, category, {} });
+        group->files.append(plugin);
+    }
+    if (!refused.files.isEmpty())
+        groups.append(refused);
+    return groups;
+}
+
+// A group's heading: its category, or that its files are refused, and how many files
+// the filter leaves in it, so that a closed group still says what it holds. Both forms
+// spelled out: the component ships no English catalogue that would pick between them.
+QString groupTitleOf(const OtherGroup& group)
+{
+    const qsizetype count = group.files.size();
+    if (group.refused)
+        return count == 1 ? QmlPlugins::tr("Refused by the library: 1 file")
+                          : QmlPlugins::tr("Refused by the library: %1 files").arg(count);
+    if (group.category.isEmpty())
+        return count == 1 ? QmlPlugins::tr("No category: 1 file")
+                          : QmlPlugins::tr("No category: %1 files").arg(count);
+    return count == 1
+        ? QmlPlugins::tr("Category \"%1\": 1 file").arg(group.category)
+        : QmlPlugins::tr("Category \"%1\": %2 files").arg(group.category, QString::number(count));
 }
 
 QVariantMap itemOf(const PluginExplanation::Item& item)
@@ -78,7 +131,13 @@ public:
     LoadDiagnostics diagnostics;
     QVariantMap details;
     QVariantList otherFiles;
+    // The files that otherFiles lists, in the same order.
+    QList<PluginDiagnostic> others;
+    // Every file of the folder by its path, for the page's questions about one file.
+    QHash<QString, PluginDiagnostic> byPath;
     bool restartOffered = false;
+
+    PluginDiagnostic plugin(const QString& filePath) const { return byPath.value(filePath); }
 };
 
 QmlPlugins::QmlPlugins(QObject* parent)
@@ -176,9 +235,14 @@ void QmlPlugins::refresh()
             d->details.insert(plugin->name(), detailsOf(*plugin));
     }
     d->otherFiles.clear();
+    d->byPath.clear();
+    d->others.clear();
     for (const PluginDiagnostic& plugin : plugins) {
-        if (PluginPresentation::isOtherFile(plugin))
+        d->byPath.insert(plugin.filePath(), plugin);
+        if (PluginPresentation::isOtherFile(plugin)) {
             d->otherFiles.append(detailsOf(plugin));
+            d->others.append(plugin);
+        }
     }
     Q_EMIT detailsChanged();
 }
@@ -206,17 +270,41 @@ bool QmlPlugins::canRestart() const
     return d->restartOffered;
 }
 
+QVariantList QmlPlugins::otherGroups(const QString& filterText) const
+{
+    QVariantList list;
+    const QList<OtherGroup> groups = otherGroupsOf(d->others, filterText);
+    for (const OtherGroup& group : groups) {
+        QVariantList files;
+        for (const PluginDiagnostic& plugin : group.files)
+            files.append(detailsOf(plugin));
+        // The key stays the same while the count in the title changes, and keeps a
+        // category of any name, the empty one included, apart from the refused files.
+        const QString key = group.refused ? QStringLiteral("refused")
+                                          : QStringLiteral("category:") + group.category;
+        list.append(QVariantMap { { QStringLiteral("key"), key },
+                                  { QStringLiteral("title"), groupTitleOf(group) },
+                                  { QStringLiteral("refused"), group.refused },
+                                  { QStringLiteral("category"), group.category },
+                                  { QStringLiteral("files"), files } });
+    }
+    return list;
+}
+
+bool QmlPlugins::matchesFilter(const QString& filePath, const QString& text) const
+{
+    const PluginDiagnostic plugin = d->plugin(filePath);
+    return plugin.isValid() && PluginPresentation::matchesFilter(plugin, text);
+}
+
 QVariantList QmlPlugins::explanation(const QString& filePath) const
 {
     QVariantList parts;
-    const QList<PluginDiagnostic> plugins = d->diagnostics.plugins();
-    const auto plugin = std::find_if(plugins.cbegin(), plugins.cend(), [&](const auto& plugin) {
-        return plugin.filePath() == filePath;
-    });
-    if (plugin == plugins.cend())
+    const PluginDiagnostic plugin = d->plugin(filePath);
+    if (!plugin.isValid())
         return parts;
     const QList<PluginExplanation::Part> explained
-        = PluginExplanation(*plugin, d->diagnostics).parts();
+        = PluginExplanation(plugin, d->diagnostics).parts();
     for (const PluginExplanation::Part& part : explained) {
         QVariantList items;
         for (const PluginExplanation::Item& item : part.items)

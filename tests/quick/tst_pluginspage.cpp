@@ -34,9 +34,11 @@ class Setup : public QObject
 public slots:
     void applicationAvailable()
     {
-        // Core and AltCore, Viewer needing Storage, a file that is not a plugin.
-        QVERIFY(m_scenario.create(
-            { "zt_core", "zt_inspect_altcore", "zt_viewer", "zt_storage", "zt_notaplugin" }));
+        // Core and AltCore, Viewer needing Storage, a file that is not a plugin, and three
+        // plugins of categories that the host does not load, one with a long description.
+        QVERIFY(m_scenario.create({ "zt_core", "zt_inspect_altcore", "zt_viewer", "zt_storage",
+                                    "zt_notaplugin", "zt_loading_sidebar", "zt_inspect_tool",
+                                    "zt_quick_longread" }));
         m_scenario.configureController();
         QVERIFY(Zelvane::PluginController::instance()->loadPlugins(QDir(m_scenario.pluginDir())));
         Zelvane::QmlPlugins::setDefaultPluginDirectory(QDir(m_scenario.pluginDir()));

@@ -27,7 +27,7 @@ class QmlPluginsPrivate;
 /// PluginsModel, the category keys, and what the library's load plan says about every
 /// plugin of the folder, without a context property.
 ///
-/// details maps each plugin's name to an object with the keys name, fileName,
+/// details maps each plugin's name to an object with the keys name, title, fileName,
 /// filePath, category, description, isCore, dependencies (a list of { name, missing }),
 /// dependants, options (a list of { synopsis, description }), stateText, problems (a
 /// list of texts), loaded, willLoad and refusal; it is read again after every tick, as
@@ -89,6 +89,15 @@ public:
     /// file; the Widgets screen and zelvane-inspect tell the same sentences. Empty for
     /// a file that is not in the folder.
     Q_INVOKABLE QVariantList explanation(const QString& filePath) const;
+    /// The files of otherFiles that the filter text keeps, in the groups that PluginsPage
+    /// shows: a list of { key, title, refused, category, files }, one group per category
+    /// in the order of the folder, then the refused files; files as in otherFiles. The
+    /// title names the category and counts the files; the key stays across rereads.
+    /// Read it again when detailsChanged() is emitted.
+    Q_INVOKABLE QVariantList otherGroups(const QString& filterText = QString()) const;
+    /// Whether the filter text keeps the file filePath, by the rule of both screens (its
+    /// title or description holds the text, ignoring case).
+    Q_INVOKABLE bool matchesFilter(const QString& filePath, const QString& text) const;
 
 Q_SIGNALS:
     void modelChanged();
