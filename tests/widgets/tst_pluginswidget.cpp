@@ -19,10 +19,10 @@
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QLineEdit>
 #include <QtWidgets/QListView>
-#include <QtWidgets/QListWidget>
 #include <QtWidgets/QPushButton>
 #include <QtWidgets/QStyleOptionViewItem>
 #include <QtWidgets/QTextBrowser>
+#include <QtWidgets/QTreeWidget>
 
 namespace {
 
@@ -45,6 +45,29 @@ QModelIndex indexOf(const QAbstractItemView* view, const QString& name)
 {
     const QModelIndexList found = view->model()->match(view->model()->index(0, 0), Qt::DisplayRole,
                                                        name, 1, Qt::MatchExactly);
+    return found.value(0);
+}
+
+// The other files as the user sees them: a group per line, "+" when closed and "-" when
+// open, and under it each of its files with its reason.
+QStringList groups(const QTreeWidget* view)
+{
+    QStringList result;
+    for (int group = 0; group < view->topLevelItemCount(); ++group) {
+        const QTreeWidgetItem* item = view->topLevelItem(group);
+        result.append((item->isExpanded() ? QStringLiteral("- ") : QStringLiteral("+ "))
+                      + item->text(0));
+        for (int file = 0; file < item->childCount(); ++file)
+            result.append(QStringLiteral("    ") + item->child(file)->text(0)
+                          + QStringLiteral(" | ") + item->child(file)->text(1));
+    }
+    return result;
+}
+
+QTreeWidgetItem* otherFile(const QTreeWidget* view, const QString& title)
+{
+    const QList<QTreeWidgetItem*> found
+        = view->findItems(title, Qt::MatchExactly | Qt::MatchRecursive);
     return found.value(0);
 }
 
@@ -80,7 +103,7 @@ public:
         details = widget.findChild<QTextBrowser*>(QStringLiteral("details"));
         notice = widget.findChild<QWidget*>(QStringLiteral("notice"));
         restart = widget.findChild<QPushButton*>(QStringLiteral("restart"));
-        otherFiles = widget.findChild<QListWidget*>(QStringLiteral("otherFiles"));
+        otherFiles = widget.findChild<QTreeWidget*>(QStringLiteral("otherFiles"));
         ok = ok && filter && core && extensions && details && notice && restart && otherFiles;
     }
     ~Screen() { Zelvane::PluginController::instance()->shutdown(); }
@@ -100,11 +123,23 @@ public:
     QTextBrowser* details = nullptr;
     QWidget* notice = nullptr;
     QPushButton* restart = nullptr;
-    QListWidget* otherFiles = nullptr;
+    QTreeWidget* otherFiles = nullptr;
 };
 
 const QStringList folder { "zt_core", "zt_inspect_altcore", "zt_viewer", "zt_storage",
                            "zt_notaplugin" };
+
+// Beside the Core and Extension plugins, files of three other categories (two of one,
+// one of none) and two refused files: not a plugin, and a plugin of another host.
+const QStringList otherCategories { "zt_core",
+                                    "zt_viewer",
+                                    "zt_storage",
+                                    "zt_inspect_tool",
+                                    "zt_inspect_tool=libzt_tool2.so",
+                                    "zt_loading_sidebar",
+                                    "zt_discovery_loose",
+                                    "zt_notaplugin",
+                                    "zt_discovery_stranger" };
 
 } // namespace
 
@@ -121,6 +156,8 @@ private slots:
     void arrowsMoveBetweenTheLists();
     void detailsOfAPluginThatWillNotLoad();
     void detailsOfARefusedFile();
+    void otherCategoriesGroupedByCategory();
+    void filterReachesEveryGroup();
     void dialogClosesAndRelaysRestart();
     void screenshot();
 };
@@ -131,8 +168,10 @@ void tst_PluginsWidget::groupsAndAccessibleNames()
     QVERIFY(screen.ok);
     QCOMPARE(rows(screen.core), QStringList({ "AltCore", "[Core]" }));
     QCOMPARE(rows(screen.extensions), QStringList({ "[Viewer]", "[Storage]" }));
-    QCOMPARE(screen.otherFiles->count(), 1);
-    QCOMPARE(screen.otherFiles->item(0)->text(), QStringLiteral("libzt_notaplugin.so"));
+    QCOMPARE(groups(screen.otherFiles).value(0),
+             QStringLiteral("+ Refused by the library: 1 file"));
+    QCOMPARE(groups(screen.otherFiles).size(), 2);
+    QVERIFY(groups(screen.otherFiles).value(1).startsWith("    libzt_notaplugin.so | "));
     QCOMPARE(screen.notice->isVisible(), false);
     QCOMPARE(screen.widget.isRestartNeeded(), false);
 
@@ -322,7 +361,7 @@ void tst_PluginsWidget::detailsOfARefusedFile()
 {
     Screen screen(folder);
     QVERIFY(screen.ok);
-    screen.otherFiles->setCurrentRow(0);
+    screen.otherFiles->setCurrentItem(otherFile(screen.otherFiles, "libzt_notaplugin.so"));
     const QString path = QDir(screen.scenario.pluginDir()).absoluteFilePath("libzt_notaplugin.so");
     QCOMPARE(screen.details->toPlainText(),
              QStringLiteral("libzt_notaplugin.so\n"
@@ -330,6 +369,116 @@ void tst_PluginsWidget::detailsOfARefusedFile()
                             "plugin (no string IID found).\n"
                             "File: %1")
                  .arg(path));
+}
+
+void tst_PluginsWidget::otherCategoriesGroupedByCategory()
+{
+    Screen screen(otherCategories);
+    QVERIFY(screen.ok);
+    const QString stranger
+        = QDir(screen.scenario.pluginDir()).absoluteFilePath("libzt_discovery_stranger.so");
+    const QString notAPlugin
+        = QDir(screen.scenario.pluginDir()).absoluteFilePath("libzt_notaplugin.so");
+    // In the order the folder lists each category's first file; the refused ones last.
+    // Every group starts closed.
+    const QStringList closed {
+        "+ No category: 1 file",
+        "    Loose | Will not load: its category \"\" is neither Core nor Extension.",
+        "+ Category \"Tool\": 2 files",
+        "    Tool | Will not load: its category \"Tool\" is neither Core nor Extension.",
+        "    Tool | Will not load: its category \"Tool\" is neither Core nor Extension.",
+        "+ Category \"Sidebar\": 1 file",
+        "    Sidebar | Will not load: its category \"Sidebar\" is neither Core nor Extension.",
+        "+ Refused by the library: 2 files",
+        QStringLiteral("    libzt_discovery_stranger.so | Will not load: the library refuses the "
+                       "file: %1 plugin ignored (IID does not match).")
+            .arg(stranger),
+        QStringLiteral("    libzt_notaplugin.so | Will not load: the library refuses the file: "
+                       "%1 is not a plugin (no string IID found).")
+            .arg(notAPlugin),
+    };
+    QCOMPARE(groups(screen.otherFiles), closed);
+
+    // A group's row explains nothing; a file's row shows the file.
+    screen.otherFiles->setFocus();
+    screen.otherFiles->setCurrentItem(screen.otherFiles->topLevelItem(1));
+    QCOMPARE(screen.widget.currentPlugin(), QString());
+    QTest::keyClick(screen.otherFiles, Qt::Key_Right);
+    QTest::keyClick(screen.otherFiles, Qt::Key_Down);
+    QTest::keyClick(screen.otherFiles, Qt::Key_Down);
+    QCOMPARE(screen.widget.currentPlugin(), QStringLiteral("Tool"));
+    QCOMPARE(screen.details->toPlainText(),
+             QStringLiteral("Tool\n"
+                            "Of a category that is never loaded\n"
+                            "State: Will not load: its category \"Tool\" is neither Core nor "
+                            "Extension.\n"
+                            "Needs: nothing\n"
+                            "Needed by: nothing\n"
+                            "File: %1")
+                 .arg(QDir(screen.scenario.pluginDir()).absoluteFilePath("libzt_tool2.so")));
+
+    // What the user opened stays open across a tick, and the current file stays current.
+    QVERIFY(screen.extensions->model()->setData(indexOf(screen.extensions, "Viewer"), Qt::Unchecked,
+                                                Qt::CheckStateRole));
+    QCoreApplication::processEvents(); // the screen reads the saved selection
+    QStringList opened = closed;
+    opened[2] = "- Category \"Tool\": 2 files";
+    QCOMPARE(groups(screen.otherFiles), opened);
+    QCOMPARE(screen.otherFiles->currentItem()->data(0, Qt::UserRole).toString(),
+             QDir(screen.scenario.pluginDir()).absoluteFilePath("libzt_tool2.so"));
+    QCOMPARE(screen.widget.currentPlugin(), QStringLiteral("Tool"));
+}
+
+void tst_PluginsWidget::filterReachesEveryGroup()
+{
+    Screen screen(otherCategories);
+    QVERIFY(screen.ok);
+    // Descriptions, whatever the case the user types in: the groups that hold a match
+    // open, with their counts of what is shown.
+    screen.widget.setFilterText(QStringLiteral("CaTeGoRy"));
+    QCOMPARE(groups(screen.otherFiles),
+             QStringList({
+                 "- No category: 1 file",
+                 "    Loose | Will not load: its category \"\" is neither Core nor Extension.",
+                 "- Category \"Tool\": 2 files",
+                 "    Tool | Will not load: its category \"Tool\" is neither Core nor Extension.",
+                 "    Tool | Will not load: its category \"Tool\" is neither Core nor Extension.",
+                 "- Category \"Sidebar\": 1 file",
+                 "    Sidebar | Will not load: its category \"Sidebar\" is neither Core nor "
+                 "Extension.",
+             }));
+    QCOMPARE(rows(screen.core), QStringList());
+    QCOMPARE(rows(screen.extensions), QStringList());
+
+    // Names, of plugins and of refused files alike.
+    screen.filter->clear();
+    QTest::keyClicks(screen.filter, QStringLiteral("sIDEbar"));
+    QCOMPARE(groups(screen.otherFiles),
+             QStringList({ "- Category \"Sidebar\": 1 file",
+                           "    Sidebar | Will not load: its category \"Sidebar\" is neither "
+                           "Core nor Extension." }));
+    screen.filter->clear();
+    QTest::keyClicks(screen.filter, QStringLiteral("LibZT_NotA"));
+    QCOMPARE(groups(screen.otherFiles).value(0),
+             QStringLiteral("- Refused by the library: 1 file"));
+    QCOMPARE(groups(screen.otherFiles).size(), 2);
+    QVERIFY(groups(screen.otherFiles).value(1).startsWith("    libzt_notaplugin.so | "));
+    screen.filter->clear();
+    QTest::keyClicks(screen.filter, QStringLiteral("sTRANGER"));
+    QCOMPARE(groups(screen.otherFiles).value(0),
+             QStringLiteral("- Refused by the library: 1 file"));
+    QVERIFY(groups(screen.otherFiles).value(1).startsWith("    libzt_discovery_stranger.so | "));
+
+    // Nothing matches: no group, no label.
+    screen.filter->clear();
+    QTest::keyClicks(screen.filter, QStringLiteral("no such plugin"));
+    QCOMPARE(groups(screen.otherFiles), QStringList());
+    QVERIFY(!screen.otherFiles->isVisible());
+    // Cleared: every group again, closed.
+    screen.filter->clear();
+    QCOMPARE(groups(screen.otherFiles).size(), 10);
+    QVERIFY(screen.otherFiles->isVisible());
+    QCOMPARE(screen.otherFiles->topLevelItem(0)->isExpanded(), false);
 }
 
 void tst_PluginsWidget::dialogClosesAndRelaysRestart()
