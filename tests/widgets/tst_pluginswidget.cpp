@@ -11,6 +11,7 @@
 #include <QtCore/QSettings>
 #include <QtCore/QTemporaryDir>
 #include <QtGui/QImage>
+#include <QtGui/QScreen>
 #include <QtTest/QAbstractItemModelTester>
 #include <QtTest/QSignalSpy>
 #include <QtTest/QTest>
@@ -20,6 +21,7 @@
 #include <QtWidgets/QLineEdit>
 #include <QtWidgets/QListView>
 #include <QtWidgets/QPushButton>
+#include <QtWidgets/QScrollBar>
 #include <QtWidgets/QStyleOptionViewItem>
 #include <QtWidgets/QTextBrowser>
 #include <QtWidgets/QTreeWidget>
@@ -62,6 +64,17 @@ QStringList groups(const QTreeWidget* view)
                           + QStringLiteral(" | ") + item->child(file)->text(1));
     }
     return result;
+}
+
+// The name that a file's metadata gives, for names too long to spell in a test.
+QString nameOfFile(const Zelvane::LoadDiagnostics& folder, const QString& fileName)
+{
+    const QList<Zelvane::PluginDiagnostic> plugins = folder.plugins();
+    for (const Zelvane::PluginDiagnostic& plugin : plugins) {
+        if (plugin.fileName() == fileName)
+            return plugin.name();
+    }
+    return QString();
 }
 
 QTreeWidgetItem* otherFile(const QTreeWidget* view, const QString& title)
@@ -141,6 +154,17 @@ const QStringList otherCategories { "zt_core",
                                     "zt_notaplugin",
                                     "zt_discovery_stranger" };
 
+// Texts no screen was laid out for: a name in three scripts and emoji with a 100 KB
+// description, a description of 1 MiB without a space, 10,000 dependencies, and a
+// category named with a word of 600 characters.
+const QStringList worldwide { "zt_core",
+                              "zt_viewer",
+                              "zt_storage",
+                              "zt_widgets_worldwide",
+                              "zt_rel_hugedescription",
+                              "zt_rel_manydependencies",
+                              "zt_widgets_farcategory" };
+
 } // namespace
 
 class tst_PluginsWidget : public QObject
@@ -158,6 +182,9 @@ private slots:
     void detailsOfARefusedFile();
     void otherCategoriesGroupedByCategory();
     void filterReachesEveryGroup();
+    void longTextsKeepTheWindowOnTheScreen();
+    void longTextsAreElidedInTheListsAndWrappedInTheDetails();
+    void aTickKeepsTheReadersPlace();
     void dialogClosesAndRelaysRestart();
     void screenshot();
 };
@@ -479,6 +506,92 @@ void tst_PluginsWidget::filterReachesEveryGroup()
     QCOMPARE(groups(screen.otherFiles).size(), 10);
     QVERIFY(screen.otherFiles->isVisible());
     QCOMPARE(screen.otherFiles->topLevelItem(0)->isExpanded(), false);
+}
+
+// However long the texts of a folder, the screen asks for no more room than a screen
+// has, and a dialog made from it fits.
+void tst_PluginsWidget::longTextsKeepTheWindowOnTheScreen()
+{
+    Screen screen(worldwide);
+    QVERIFY(screen.ok);
+    const QSize available = screen.widget.screen()->availableGeometry().size();
+    const QString longName
+        = nameOfFile(screen.widget.diagnostics(), QStringLiteral("libzt_widgets_worldwide.so"));
+    QVERIFY(longName.size() > 400);
+    for (const QString& name :
+         { longName, QStringLiteral("HugeDescription"), QStringLiteral("ManyDependencies"),
+           QStringLiteral("FarCategory") }) {
+        screen.widget.setCurrentPlugin(name);
+        QCOMPARE(screen.widget.currentPlugin(), name);
+        for (const QSize& hint : { screen.widget.sizeHint(), screen.widget.minimumSizeHint() }) {
+            QVERIFY2(hint.width() <= available.width() && hint.height() <= available.height(),
+                     qPrintable(QStringLiteral("%1: %2x%3 on a screen of %4x%5")
+                                    .arg(name.left(20))
+                                    .arg(hint.width())
+                                    .arg(hint.height())
+                                    .arg(available.width())
+                                    .arg(available.height())));
+        }
+    }
+    Zelvane::PluginsDialog dialog(QDir(screen.scenario.pluginDir()));
+    dialog.pluginsWidget()->setCurrentPlugin(longName);
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&dialog));
+    QVERIFY(dialog.width() <= available.width());
+    QVERIFY(dialog.height() <= available.height());
+}
+
+void tst_PluginsWidget::longTextsAreElidedInTheListsAndWrappedInTheDetails()
+{
+    Screen screen(worldwide);
+    QVERIFY(screen.ok);
+    const QString longName
+        = nameOfFile(screen.widget.diagnostics(), QStringLiteral("libzt_widgets_worldwide.so"));
+    QVERIFY(longName.size() > 400);
+
+    // The lists: no row wider than its list, so none scrolls sideways; the delegate
+    // elides what does not fit.
+    const QModelIndex row = indexOf(screen.extensions, longName);
+    QVERIFY(row.isValid());
+    QVERIFY(screen.extensions->visualRect(row).width() <= screen.extensions->viewport()->width());
+    QCOMPARE(screen.extensions->horizontalScrollBar()->maximum(), 0);
+    QCOMPARE(screen.extensions->textElideMode(), Qt::ElideRight);
+    QTreeWidgetItem* far = otherFile(screen.otherFiles, "FarCategory");
+    QVERIFY(far);
+    screen.otherFiles->expandAll();
+    QCOMPARE(screen.otherFiles->horizontalScrollBar()->maximum(), 0);
+    QVERIFY(far->parent()->text(0).size() > 600);
+    QCOMPARE(far->parent()->toolTip(0), far->parent()->text(0));
+
+    // The details pane wraps every text, words of any script and a word of 1 MiB alike.
+    for (const QString& name :
+         { longName, QStringLiteral("HugeDescription"), QStringLiteral("ManyDependencies") }) {
+        screen.widget.setCurrentPlugin(name);
+        QCOMPARE(screen.widget.currentPlugin(), name);
+        QCOMPARE(screen.details->horizontalScrollBar()->maximum(), 0);
+        QVERIFY(screen.details->document()->size().width() <= screen.details->viewport()->width());
+    }
+    screen.widget.setCurrentPlugin(longName);
+    QVERIFY(screen.details->toPlainText().startsWith(longName + QLatin1Char('\n')));
+}
+
+// Reading down a long explanation while ticking another plugin: the pane stays where
+// the reader is, since what it says has not changed.
+void tst_PluginsWidget::aTickKeepsTheReadersPlace()
+{
+    Screen screen(worldwide);
+    QVERIFY(screen.ok);
+    screen.widget.setCurrentPlugin(QStringLiteral("ManyDependencies"));
+    QScrollBar* scroll = screen.details->verticalScrollBar();
+    QVERIFY(scroll->maximum() > 1000);
+    scroll->setValue(scroll->maximum() / 2);
+    const int where = scroll->value();
+    QVERIFY(screen.extensions->model()->setData(indexOf(screen.extensions, "Storage"),
+                                                Qt::Unchecked, Qt::CheckStateRole));
+    QCoreApplication::processEvents(); // the screen reads the saved selection
+    QCOMPARE(rows(screen.extensions).contains("Viewer"), true);
+    QCOMPARE(screen.widget.currentPlugin(), QStringLiteral("ManyDependencies"));
+    QCOMPARE(scroll->value(), where);
 }
 
 void tst_PluginsWidget::dialogClosesAndRelaysRestart()
