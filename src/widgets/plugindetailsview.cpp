@@ -78,9 +78,7 @@ QString listHtml(const QList<PluginExplanation::Item>& items)
         return html + QStringLiteral("</ul>");
     }
     for (const PluginExplanation::Item& item : items)
-        html += QStringLiteral(
-                    "<p style=\"margin-left: 2em; margin-top: 0; margin-bottom: 0\">%1</p>")
-                    .arg(itemHtml(item));
+        html += QStringLiteral("<p class=\"item\">%1</p>").arg(itemHtml(item));
     return html;
 }
 
@@ -95,6 +93,9 @@ PluginDetailsView::PluginDetailsView(QWidget* parent)
     // A long explanation would otherwise be laid out twice: once to find that it needs
     // the scroll bar, once more in the width that the bar leaves.
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+    // The items of a long list; a style given with each would be parsed once per item.
+    document()->setDefaultStyleSheet(
+        QStringLiteral("p.item { margin-left: 2em; margin-top: 0; margin-bottom: 0; }"));
     setPlugin(PluginDiagnostic());
 }
 
