@@ -20,7 +20,6 @@
 #include <QtWidgets/QListView>
 #include <QtWidgets/QPushButton>
 #include <QtWidgets/QSplitter>
-#include <QtWidgets/QStyledItemDelegate>
 #include <QtWidgets/QTreeWidget>
 #include <QtWidgets/QVBoxLayout>
 
@@ -32,20 +31,6 @@ namespace {
 // that holds its key.
 constexpr int pathRole = Qt::UserRole;
 constexpr int groupRole = Qt::UserRole + 1;
-
-// A list lays its rows out as wide as the widest one asks and scrolls sideways past the
-// others; a plugin named with a paragraph would make every row that wide. Asking for no
-// width lets each row take the list's own width, where a long name is elided.
-class ElidingDelegate : public QStyledItemDelegate
-{
-public:
-    using QStyledItemDelegate::QStyledItemDelegate;
-
-    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override
-    {
-        return QSize(0, QStyledItemDelegate::sizeHint(option, index).height());
-    }
-};
 
 } // namespace
 
@@ -208,7 +193,6 @@ QListView* PluginsWidgetPrivate::makeList(PluginsFilterModel* model, const QStri
     view->setSelectionMode(QAbstractItemView::SingleSelection);
     view->setEditTriggers(QAbstractItemView::NoEditTriggers);
     view->setUniformItemSizes(true);
-    view->setItemDelegate(new ElidingDelegate(view));
     QObject::connect(view->selectionModel(), &QItemSelectionModel::currentChanged, q,
                      [this](const QModelIndex& current) {
                          if (current.isValid())

@@ -549,7 +549,7 @@ void tst_PluginsWidget::longTextsAreElidedInTheListsAndWrappedInTheDetails()
         = nameOfFile(screen.widget.diagnostics(), QStringLiteral("libzt_widgets_worldwide.so"));
     QVERIFY(longName.size() > 400);
 
-    // The lists: no row wider than its list, so none scrolls sideways; the delegate
+    // The lists: no row wider than its list, so none scrolls sideways, and the view
     // elides what does not fit.
     const QModelIndex row = indexOf(screen.extensions, longName);
     QVERIFY(row.isValid());
