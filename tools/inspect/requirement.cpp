@@ -23,13 +23,17 @@ QStringList requirementFailures(const QStringList& files, const QString& directo
                                 QSettings* settings, const Zelvane::TrialReport& report)
 {
     QStringList failures;
-    // Made only when a required plugin was never tried: the trial says the rest itself.
+    // Made only when the trial itself cannot say why a required plugin is missing.
     std::optional<Zelvane::LoadDiagnostics> diagnostics;
     for (const QString& file : files) {
         const auto tried = std::find_if(
             report.plugins.cbegin(), report.plugins.cend(),
             [&file](const Zelvane::TrialPlugin& plugin) { return plugin.file == file; });
-        if (tried != report.plugins.cend()) {
+        // The trial drops a plugin for the same reasons as the library; the Diagnostics
+        // component says which, unless it is the trial's own switching-off that drops it.
+        const bool dropped = tried != report.plugins.cend()
+            && tried->outcome == Zelvane::TrialPlugin::Outcome::Dropped;
+        if (tried != report.plugins.cend() && !dropped) {
             if (tried->outcome != Zelvane::TrialPlugin::Outcome::Started) {
                 failures.append(QObject::tr("%1 (%2) did not start: %3")
                                     .arg(file, tried->name, Zelvane::trialOutcomeText(*tried)));
@@ -39,7 +43,7 @@ QStringList requirementFailures(const QStringList& files, const QString& directo
             }
             continue;
         }
-        if (!QFileInfo(QDir(directory).filePath(file)).isFile()) {
+        if (!dropped && !QFileInfo(QDir(directory).filePath(file)).isFile()) {
             failures.append(QObject::tr("%1 is not in %2").arg(file, directory));
             continue;
         }
@@ -50,6 +54,11 @@ QStringList requirementFailures(const QStringList& files, const QString& directo
                                          [&file](const Zelvane::PluginDiagnostic& diagnostic) {
                                              return diagnostic.fileName() == file;
                                          });
+        if (dropped && (plugin == plugins.cend() || plugin->willLoad())) {
+            failures.append(QObject::tr("%1 (%2) did not start: %3")
+                                .arg(file, tried->name, Zelvane::trialOutcomeText(*tried)));
+            continue;
+        }
         QString reason = plugin == plugins.cend() ? QObject::tr("the trial did not reach it.")
                                                   : plugin->stateText();
         if (plugin != plugins.cend()) {
