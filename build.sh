@@ -32,6 +32,9 @@ PACKAGES=(cmake ninja-build g++ pkgconf qt6-base-dev libgl-dev qt6-svg-dev
 PACKAGE_TOOLS=(lintian help2man)
 # What ./build.sh docs needs beyond doxygen: Qt 6's qhelpgenerator, for the .qch file.
 DOCS_TOOLS=(qt6-documentation-tools)
+# ccache: the package tests build the tree twice with the release's flags (the install
+# check and the release), and the second build takes the first one's objects.
+PACKAGES+=(ccache)
 
 ensure_packages() {
     local missing=() package sudo=()

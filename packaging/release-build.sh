@@ -20,23 +20,10 @@ cpack=${CPACK:-$(dirname "$(command -v "$cmake")")/cpack}
 generator=Ninja
 command -v ninja >/dev/null 2>&1 || generator="Unix Makefiles"
 
-# The flags Debian builds its packages with, bindnow included (hardening=+all); -g
-# keeps the types in the library for abidw, and cpack strips the packaged copies.
-# The debug information keeps the real source paths (no fixfilepath or fixdebugpath,
-# which would make them relative to the folder this runs in), so that abidw can tell
-# the types of the public headers from the others.
-export DEB_BUILD_MAINT_OPTIONS="hardening=+all reproducible=-fixfilepath,-fixdebugpath"
-# -femit-class-debug-always: GCC describes a class with a virtual table (every QObject)
-# only where its key function is, which for Q_OBJECT classes is moc's file; abidw then
-# cannot tie the functions of the class's other files to it and sees only their symbols.
-cxxflags="$(dpkg-buildflags --get CXXFLAGS) $(dpkg-buildflags --get CPPFLAGS) -femit-class-debug-always"
-ldflags=$(dpkg-buildflags --get LDFLAGS)
-
-"$cmake" -S "$source_dir" -B "$build_dir" -G "$generator" \
-    -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF -DZELVANE_BUILD_EXAMPLES=OFF \
-    -DCMAKE_INSTALL_PREFIX=/usr -DZELVANE_DEBIAN_PACKAGES=ON \
-    "-DCMAKE_CXX_FLAGS=$cxxflags" "-DCMAKE_SHARED_LINKER_FLAGS=$ldflags" \
-    "-DCMAKE_MODULE_LINKER_FLAGS=$ldflags" "-DCMAKE_EXE_LINKER_FLAGS=$ldflags"
+source "$(dirname "${BASH_SOURCE[0]}")/release-flags.sh"
+zelvane_release_options "$source_dir" "$build_dir"
+"$cmake" -S "$source_dir" -B "$build_dir" -G "$generator" "${zelvane_release_cmake_options[@]}" \
+    -DCMAKE_INSTALL_PREFIX=/usr -DZELVANE_DEBIAN_PACKAGES=ON
 "$cmake" --build "$build_dir" -j "${JOBS:-2}"
 rm -f "$build_dir"/packages/*.deb
 (cd "$build_dir" && "$cpack" -G DEB)

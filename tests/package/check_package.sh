@@ -50,19 +50,6 @@ check_tree_exports() {
 }
 
 # The longest folder that contains both paths.
-common_folder() {
-    local a=$1/ b=$2/ prefix=""
-    while [[ $a == */* && $b == */* ]]; do
-        local head_a=${a%%/*} head_b=${b%%/*}
-        [[ $head_a == "$head_b" ]] || break
-        prefix+=$head_a/
-        a=${a#*/}
-        b=${b#*/}
-    done
-    prefix=${prefix%/}
-    echo "${prefix:-/}"
-}
-
 check_install() {
     local source_dir work_root generator
     source_dir=$(cd "$1" && pwd -P)
@@ -76,24 +63,32 @@ check_install() {
     trap 'rm -rf "$work"' EXIT
     local prefix="$work/prefix"
 
-    local cmake_options=(-G "$generator")
-    if command -v ccache >/dev/null 2>&1; then
-        cmake_options+=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
-        # Paths relative to a folder that holds both trees and no folder name in the
-        # hash: every scratch build hits the cache of the one before.
-        CCACHE_BASEDIR=$(common_folder "$source_dir" "$work")
-        export CCACHE_BASEDIR
-        export CCACHE_NOHASHDIR=1
+    # The release build's configuration, in a folder at the depth of the package tests'
+    # release build (<work root>/release): with ccache, whichever of the two builds runs
+    # second takes the other's objects. Global, as work is, for the trap.
+    tree="$work_root/install-tree"
+    rm -rf "$tree"
+    trap 'rm -rf "$work" "$tree"' EXIT
+    # The projects built against the installation below take the generator (and ccache)
+    # alone: they are what a user builds.
+    local cmake_options=(-G "$generator") tree_options=()
+    if command -v dpkg-buildflags >/dev/null 2>&1; then
+        source "$source_dir/packaging/release-flags.sh"
+        zelvane_release_options "$source_dir" "$tree"
+        tree_options=("${zelvane_release_cmake_options[@]}")
+        if command -v ccache >/dev/null 2>&1; then
+            cmake_options+=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+        fi
     fi
     local jobs=${ZELVANE_PACKAGE_JOBS:-2}
 
     echo "== configure, build and install into $prefix"
-    cmake -S "$source_dir" -B "$work/build" "${cmake_options[@]}" \
+    cmake -S "$source_dir" -B "$tree" "${cmake_options[@]}" "${tree_options[@]}" \
         -DBUILD_TESTING=OFF -DZELVANE_BUILD_EXAMPLES=OFF >"$work/configure.log" 2>&1 ||
         { cat "$work/configure.log"; fail "configuring the tree"; return; }
-    cmake --build "$work/build" -j "$jobs" >"$work/build.log" 2>&1 ||
+    cmake --build "$tree" -j "$jobs" >"$work/build.log" 2>&1 ||
         { cat "$work/build.log"; fail "building the tree"; return; }
-    cmake --install "$work/build" --prefix "$prefix" >"$work/install.log" 2>&1 ||
+    cmake --install "$tree" --prefix "$prefix" >"$work/install.log" 2>&1 ||
         { cat "$work/install.log"; fail "installing the tree"; return; }
 
     echo "== installed layout"
