@@ -54,8 +54,8 @@ Pane {
     function rowOf(name: string): int {
         if (name.length === 0 || plugins.rowCount() === 0)
             return -1
-        const found = plugins.match(plugins.index(0, 0), PluginsModel.NameRole, name, 1,
-                                    Qt.MatchExactly)
+        // 0 is Qt.MatchExactly, which the QML tools of Qt 6.4 do not know.
+        const found = plugins.match(plugins.index(0, 0), PluginsModel.NameRole, name, 1, 0)
         return found.length > 0 ? found[0].row : -1
     }
 
@@ -65,7 +65,7 @@ Pane {
         if (name.length === 0 || revision < 0)
             return undefined
         const found = Plugins.detailsOf(name)
-        return found.name === undefined ? undefined : found
+        return Object.keys(found).length > 0 ? found : undefined
     }
 
     function showRow(row: int) {
