@@ -622,6 +622,52 @@ Pane {
                 }
             }
         }
+
+        // The way to the plugin bisect, for a problem that no error names.
+        RowLayout {
+            Layout.fillWidth: true
+
+            Item {
+                Layout.fillWidth: true
+            }
+            Button {
+                objectName: "findProblemPlugin"
+                text: qsTr("Find a problem plugin...")
+                Accessible.name: qsTr("Find a problem plugin")
+                onClicked: bisectDialog.open()
+            }
+        }
+    }
+
+    // The bisect over the page, made afresh at every opening: where it is lives in the
+    // settings. Each of its steps is a restart, which goes where "Restart now" goes.
+    Dialog {
+        id: bisectDialog
+
+        objectName: "bisectDialog"
+        parent: page
+        width: page.width
+        height: page.height
+        modal: true
+        focus: true
+        title: bisectLoader.item ? (bisectLoader.item as BisectPage).title : ""
+        standardButtons: Dialog.Close
+
+        Loader {
+            id: bisectLoader
+
+            objectName: "bisectLoader"
+            anchors.fill: parent
+            active: bisectDialog.visible
+            focus: true
+            source: "BisectPage.qml"
+            onLoaded: (bisectLoader.item as BisectPage).restartRequested.connect(page.bisectRestart)
+        }
+    }
+
+    function bisectRestart() {
+        page.restartRequested()
+        Plugins.requestRestart()
     }
 
     // A letter typed in a list goes to the filter, as in the widget.
