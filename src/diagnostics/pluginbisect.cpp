@@ -279,4 +279,28 @@ QString PluginBisect::errorString() const
     return d->m_errorString;
 }
 
+QString PluginBisect::flowText(FlowText text)
+{
+    switch (text) {
+    case FlowText::Title:
+        return Texts::tr("Find a plugin that causes a problem");
+    case FlowText::Introduction:
+        return Texts::tr("Tick the plugins to keep on, then start. Each step switches some "
+                         "plugins off and asks for a restart.");
+    case FlowText::PinList:
+        return Texts::tr("Plugins to keep on");
+    case FlowText::Start:
+        return Texts::tr("Start");
+    case FlowText::StillThere:
+        return Texts::tr("The problem is still there");
+    case FlowText::Gone:
+        return Texts::tr("The problem is gone");
+    case FlowText::GoOn:
+        return Texts::tr("Look for another one");
+    case FlowText::Finish:
+        return Texts::tr("Finish");
+    }
+    return QString();
+}
+
 } // namespace Zelvane

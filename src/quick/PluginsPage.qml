@@ -23,10 +23,13 @@ Pane {
     // A file without a row (refused, or of another category) chosen below the list.
     property var currentOther: null
     readonly property var current: page.currentOther ? page.currentOther
-                                                     : Plugins.details[page.currentPlugin]
+                                                     : page.detailsFor(page.currentPlugin, page.revision)
     readonly property string currentFile: page.current ? page.current.filePath : ""
     readonly property string coreKey: Plugins.categories ? Plugins.categories.corePluginCategoryKey() : ""
     property bool resetting: false
+    // Counts the rereads of the folder, so that what the page read from Plugins for one
+    // plugin is read again after a tick.
+    property int revision: 0
     // Whether the notice offers "Restart now": by default when the host offers a restart
     // (Plugins.restartOffered); a page whose own restartRequested() is handled sets it.
     property bool offerRestart: Plugins.restartOffered
@@ -36,6 +39,8 @@ Pane {
     property var expandedGroups: ({})
     // The parts of the current file's explanation, read again after every tick.
     property var explanation: []
+    // The lines that the details show (detailLines()).
+    readonly property var lines: page.detailLines()
 
     // The user asked to restart; Plugins.restartRequested() is emitted as well.
     signal restartRequested()
@@ -44,12 +49,23 @@ Pane {
         return plugins.setData(plugins.index(row, 0), checked, PluginsModel.CheckedRole)
     }
 
+    // The model searches its rows itself: a loop here would cross from QML to the model
+    // twice a row, at every tick, over a thousand rows.
     function rowOf(name: string): int {
-        for (let row = 0; row < plugins.rowCount(); ++row) {
-            if (plugins.data(plugins.index(row, 0), PluginsModel.NameRole) === name)
-                return row
-        }
-        return -1
+        if (name.length === 0 || plugins.rowCount() === 0)
+            return -1
+        // 0 is Qt.MatchExactly, which the QML tools of Qt 6.4 do not know.
+        const found = plugins.match(plugins.index(0, 0), PluginsModel.NameRole, name, 1, 0)
+        return found.length > 0 ? found[0].row : -1
+    }
+
+    // The details of the plugin named, read again at each reread (revision). One
+    // plugin's: reading Plugins.details converts every plugin's details at each read.
+    function detailsFor(name: string, revision: int): var {
+        if (name.length === 0 || revision < 0)
+            return undefined
+        const found = Plugins.detailsOf(name)
+        return Object.keys(found).length > 0 ? found : undefined
     }
 
     function showRow(row: int) {
@@ -179,6 +195,7 @@ Pane {
 
     // Plugins reads the folder again after every tick, and so does the page.
     function reread() {
+        ++page.revision
         page.explain()
         page.updateOthers()
     }
@@ -506,7 +523,10 @@ Pane {
                     anchors.fill: parent
                     anchors.margins: 6
                     clip: true
-                    model: page.detailLines()
+                    // A count, with the lines read from page.lines: a list of lines as the
+                    // model would be converted into a list of variants at each change,
+                    // thousands of them for a plugin with thousands of dependencies.
+                    model: page.lines.length
                     activeFocusOnTab: true
                     keyNavigationEnabled: false
                     boundsBehavior: Flickable.StopAtBounds
@@ -517,7 +537,10 @@ Pane {
                     delegate: Label {
                         id: line
 
-                        required property var modelData
+                        required property int index
+                        // Past the end for a moment when the lines shrink before the count.
+                        readonly property var modelData: page.lines[line.index]
+                                                         || { kind: "empty", text: "" }
                         readonly property string kind: line.modelData.kind
                         // The description is the plugin's own text, shown as it is.
                         readonly property bool plain: line.kind !== "item"
@@ -599,6 +622,52 @@ Pane {
                 }
             }
         }
+
+        // The way to the plugin bisect, for a problem that no error names.
+        RowLayout {
+            Layout.fillWidth: true
+
+            Item {
+                Layout.fillWidth: true
+            }
+            Button {
+                objectName: "findProblemPlugin"
+                text: qsTr("Find a problem plugin...")
+                Accessible.name: qsTr("Find a problem plugin")
+                onClicked: bisectDialog.open()
+            }
+        }
+    }
+
+    // The bisect over the page, made afresh at every opening: where it is lives in the
+    // settings. Each of its steps is a restart, which goes where "Restart now" goes.
+    Dialog {
+        id: bisectDialog
+
+        objectName: "bisectDialog"
+        parent: page
+        width: page.width
+        height: page.height
+        modal: true
+        focus: true
+        title: bisectLoader.item ? (bisectLoader.item as BisectPage).title : ""
+        standardButtons: Dialog.Close
+
+        Loader {
+            id: bisectLoader
+
+            objectName: "bisectLoader"
+            anchors.fill: parent
+            active: bisectDialog.visible
+            focus: true
+            source: "BisectPage.qml"
+            onLoaded: (bisectLoader.item as BisectPage).restartRequested.connect(page.bisectRestart)
+        }
+    }
+
+    function bisectRestart() {
+        page.restartRequested()
+        Plugins.requestRestart()
     }
 
     // A letter typed in a list goes to the filter, as in the widget.

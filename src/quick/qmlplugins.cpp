@@ -10,9 +10,12 @@
 
 #include <QtCore/QHash>
 #include <QtCore/QPointer>
+#include <QtCore/QSet>
 #include <QtQml/QQmlEngine>
 
 #include <algorithm>
+#include <optional>
+#include <utility>
 
 namespace Zelvane {
 
@@ -25,11 +28,15 @@ QString& defaultPluginDirectory()
     return path;
 }
 
-QVariantMap detailsOf(const PluginDiagnostic& plugin)
+QVariantMap detailsMap(const PluginDiagnostic& plugin)
 {
     QVariantList dependencies;
-    const QStringList missing = plugin.missingDependencies();
+    // A set: a plugin may list thousands of dependencies, most of them missing, and a
+    // search of the list for each would take time square in their number.
+    const QStringList missingList = plugin.missingDependencies();
+    const QSet<QString> missing(missingList.cbegin(), missingList.cend());
     const QStringList names = plugin.dependencies();
+    dependencies.reserve(names.size());
     for (const QString& name : names)
         dependencies.append(QVariantMap { { QStringLiteral("name"), name },
                                           { QStringLiteral("missing"), missing.contains(name) } });
@@ -78,8 +85,14 @@ public:
     PluginsCaterogies* categories = nullptr;
     QString directory;
     LoadDiagnostics diagnostics;
-    QVariantMap details;
-    QVariantList otherFiles;
+    // The plugin that each name stands for: the first of the folder with that name that
+    // the library did not refuse.
+    QHash<QString, PluginDiagnostic> byName;
+    // details and otherFiles, made when first read after a reread: the page asks for one
+    // plugin at a time, and making every plugin's details at each tick took longer than
+    // the tick itself over a large folder.
+    mutable std::optional<QVariantMap> details;
+    mutable std::optional<QVariantList> otherFiles;
     // The files that otherFiles lists, in the same order.
     QList<PluginDiagnostic> others;
     // Every file of the folder by its path, for the page's questions about one file.
@@ -143,12 +156,32 @@ void QmlPlugins::setPluginDirectory(const QString& path)
 
 QVariantMap QmlPlugins::details() const
 {
-    return d->details;
+    if (!d->details) {
+        QVariantMap details;
+        for (auto plugin = d->byName.cbegin(); plugin != d->byName.cend(); ++plugin)
+            details.insert(plugin.key(), detailsMap(plugin.value()));
+        d->details = details;
+    }
+    return *d->details;
+}
+
+QVariantMap QmlPlugins::detailsOf(const QString& name) const
+{
+    if (d->details)
+        return d->details->value(name).toMap();
+    const auto plugin = d->byName.constFind(name);
+    return plugin == d->byName.cend() ? QVariantMap() : detailsMap(plugin.value());
 }
 
 QVariantList QmlPlugins::otherFiles() const
 {
-    return d->otherFiles;
+    if (!d->otherFiles) {
+        QVariantList files;
+        for (const PluginDiagnostic& plugin : std::as_const(d->others))
+            files.append(detailsMap(plugin));
+        d->otherFiles = files;
+    }
+    return *d->otherFiles;
 }
 
 QStringList QmlPlugins::loadOrder() const
@@ -176,22 +209,21 @@ void QmlPlugins::refresh()
         Q_EMIT modelChanged();
     }
     d->diagnostics = d->diagnostics.reread(PluginController::instance()->settings());
-    d->details.clear();
+    d->details.reset();
+    d->otherFiles.reset();
+    d->byName.clear();
+    d->byPath.clear();
+    d->others.clear();
     const QList<PluginDiagnostic> plugins = d->diagnostics.plugins();
     // Backwards: the first plugin of a name is the one that a name stands for.
     for (auto plugin = plugins.crbegin(); plugin != plugins.crend(); ++plugin) {
         if (!plugin->name().isEmpty() && plugin->state() != PluginDiagnostic::State::Refused)
-            d->details.insert(plugin->name(), detailsOf(*plugin));
+            d->byName.insert(plugin->name(), *plugin);
     }
-    d->otherFiles.clear();
-    d->byPath.clear();
-    d->others.clear();
     for (const PluginDiagnostic& plugin : plugins) {
         d->byPath.insert(plugin.filePath(), plugin);
-        if (PluginPresentation::isOtherFile(plugin)) {
-            d->otherFiles.append(detailsOf(plugin));
+        if (PluginPresentation::isOtherFile(plugin))
             d->others.append(plugin);
-        }
     }
     Q_EMIT detailsChanged();
 }
@@ -228,7 +260,7 @@ QVariantList QmlPlugins::otherGroups(const QString& filterText) const
     for (const PluginPresentation::OtherGroup& group : groups) {
         QVariantList files;
         for (const PluginDiagnostic& plugin : group.files)
-            files.append(detailsOf(plugin));
+            files.append(detailsMap(plugin));
         list.append(
             QVariantMap { { QStringLiteral("key"), group.key() },
                           { QStringLiteral("title"), PluginPresentation::groupTitle(group) },

@@ -42,6 +42,8 @@ PluginBisectWidget::PluginBisectWidget(QSettings* settings, const QDir& dir, QWi
     : QWidget(parent)
     , d(std::make_unique<PluginBisectWidgetPrivate>())
 {
+    // The words are the bisect's own, which the QML page shows as well.
+    using Text = PluginBisect::FlowText;
     d->m_settings = settings;
     d->m_dir = dir;
     auto* layout = new QVBoxLayout(this);
@@ -51,16 +53,17 @@ PluginBisectWidget::PluginBisectWidget(QSettings* settings, const QDir& dir, QWi
     layout->addWidget(d->m_status);
     d->m_pins = new QListWidget(this);
     d->m_pins->setObjectName(QStringLiteral("pins"));
-    d->m_pins->setAccessibleName(tr("Plugins to keep on"));
+    d->m_pins->setAccessibleName(PluginBisect::flowText(Text::PinList));
     layout->addWidget(d->m_pins, 1);
     d->m_buttons = new QHBoxLayout;
     layout->addLayout(d->m_buttons);
-    d->m_start = d->addButton(QStringLiteral("start"), tr("Start"));
-    d->m_stillThere = d->addButton(QStringLiteral("stillThere"), tr("The problem is still there"));
-    d->m_gone = d->addButton(QStringLiteral("gone"), tr("The problem is gone"));
-    d->m_goOn = d->addButton(QStringLiteral("goOn"), tr("Look for another one"));
-    d->m_finish = d->addButton(QStringLiteral("finish"), tr("Finish"));
-    setWindowTitle(tr("Find a plugin that causes a problem"));
+    d->m_start = d->addButton(QStringLiteral("start"), PluginBisect::flowText(Text::Start));
+    d->m_stillThere
+        = d->addButton(QStringLiteral("stillThere"), PluginBisect::flowText(Text::StillThere));
+    d->m_gone = d->addButton(QStringLiteral("gone"), PluginBisect::flowText(Text::Gone));
+    d->m_goOn = d->addButton(QStringLiteral("goOn"), PluginBisect::flowText(Text::GoOn));
+    d->m_finish = d->addButton(QStringLiteral("finish"), PluginBisect::flowText(Text::Finish));
+    setWindowTitle(PluginBisect::flowText(Text::Title));
 
     // Each action works on a bisect made afresh from the settings: the state lives there,
     // across restarts, and not in this widget.
@@ -124,8 +127,7 @@ void PluginBisectWidget::refresh()
     const PluginBisect::State state = bisect.state();
     const bool idle = state == PluginBisect::State::Idle;
     if (idle) {
-        d->m_status->setText(tr("Tick the plugins to keep on, then start. Each step "
-                                "switches some plugins off and asks for a restart."));
+        d->m_status->setText(PluginBisect::flowText(PluginBisect::FlowText::Introduction));
         d->fillPinList();
     } else {
         d->m_status->setText(bisect.statusText());

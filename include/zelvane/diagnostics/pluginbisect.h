@@ -46,6 +46,21 @@ public:
         Interrupted, ///< a start under a step did not get through; the selection is back
     };
 
+    /// The words of the guided flow that a screen builds around the bisect, so that every
+    /// screen (the Widgets component's, the QML module's) offers the same steps in the
+    /// same words.
+    enum class FlowText {
+        Title, ///< "Find a plugin that causes a problem"
+        Introduction, ///< "Tick the plugins to keep on, then start. Each step switches
+                      ///< some plugins off and asks for a restart."
+        PinList, ///< "Plugins to keep on", the name of the list of plugins to pin
+        Start, ///< "Start"
+        StillThere, ///< "The problem is still there"
+        Gone, ///< "The problem is gone"
+        GoOn, ///< "Look for another one"
+        Finish, ///< "Finish", which also cancels a bisect under way
+    };
+
     /// settings is the host's selection, the one set on the controller.
     explicit PluginBisect(QSettings* settings);
     ~PluginBisect();
@@ -100,6 +115,9 @@ public:
     QString statusText() const;
     /// Why start() refused; empty when it did not.
     QString errorString() const;
+
+    /// One translated text of the guided flow.
+    static QString flowText(FlowText text);
 
 private:
     std::unique_ptr<PluginBisectPrivate> d;

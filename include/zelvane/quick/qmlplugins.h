@@ -98,6 +98,11 @@ public:
     /// Whether the filter text keeps the file filePath, by the rule of both screens (its
     /// title or description holds the text, ignoring case).
     Q_INVOKABLE bool matchesFilter(const QString& filePath, const QString& text) const;
+    /// The entry of details for the plugin named name, made for that one plugin: an empty
+    /// map for a name that details does not hold. What a page that shows one plugin reads,
+    /// since reading details from QML converts every plugin's entry each time. Read it
+    /// again when detailsChanged() is emitted.
+    Q_INVOKABLE QVariantMap detailsOf(const QString& name) const;
 
 Q_SIGNALS:
     void modelChanged();
