@@ -16,6 +16,7 @@
 #include <QtCore/QFile>
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonObject>
+#include <QtCore/QLoggingCategory>
 #include <QtCore/QPluginLoader>
 #include <QtCore/QSettings>
 #include <QtGui/QStandardItemModel>
@@ -240,6 +241,13 @@ QList<Figure> figures(bool quick)
         Figure::Layout::Chain, scale(1000, 20),
         QStringLiteral("QSettings::setValue per plugin + sync"));
 
+    // The start-up profile is recorded at every loadPlugins(); formatted and written only
+    // when its category is on. Both arms are the library's: off is what every host pays.
+    add(QStringLiteral("profile-%1").arg(scale(100, 10)),
+        QStringLiteral("loadPlugins + shutdown, zelvane.startup off"), Figure::Kind::Profile,
+        Figure::Layout::Flat, scale(100, 10),
+        QStringLiteral("the same with zelvane.startup.debug=true"));
+
     // How the cost grows.
     for (int count : { scale(100, 10), scale(5000, 40) })
         add(QStringLiteral("options-%1").arg(count), QStringLiteral("pluginsOptions"),
@@ -318,6 +326,20 @@ QList<double> runFigure(const Figure& figure, const QString& dir, int rep, const
         };
         break;
     }
+    case Figure::Kind::Profile:
+        // The profile's lines are formatted as a host would get them, then dropped: the
+        // child's standard error is the terminal of whoever runs the benchmark.
+        qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
+        // Both arms set the rules, so that setting them costs each arm the same.
+        lib = [&] {
+            QLoggingCategory::setFilterRules(QStringLiteral("zelvane.startup.debug=false"));
+            libraryLoad(libDir);
+        };
+        raw = [&] {
+            QLoggingCategory::setFilterRules(QStringLiteral("zelvane.startup.debug=true"));
+            libraryLoad(rawDir);
+        };
+        break;
     case Figure::Kind::Ordering:
         records = chainRecords(figure.count, figure.layout == Figure::Layout::ReverseChain);
         lib = [records] {

@@ -21,6 +21,9 @@ struct Figure
         Ordering, // the ordering against its step-by-step form, on plain records
         Model, // building a PluginsModel against a QStandardItemModel of check boxes
         Tick, // one tick that spreads along a chain, with the settings write
+        // loadPlugins() + shutdown() with the category zelvane.startup off against the
+        // same with it on: what the start-up profile costs a host that does not ask for it
+        Profile,
     };
     // Rich: like Flat, but every Extension carries the metadata of a real plugin written
     // for another host (licence texts, URLs, vendor keys, dependency objects).
@@ -40,7 +43,10 @@ struct Figure
     }
     // Whether the figure is also measured warm: the start-up work, whose Qt calls read
     // files and map libraries that a second run in the same process finds ready.
-    bool hasWarm() const { return kind == Kind::Options || kind == Kind::Load; }
+    bool hasWarm() const
+    {
+        return kind == Kind::Options || kind == Kind::Load || kind == Kind::Profile;
+    }
 };
 
 QList<Figure> figures(bool quick);

@@ -104,24 +104,43 @@ void printResult(const Result& result)
         line += QStringLiteral("  baseline skipped (too slow)  ratio -");
     } else {
         line += QStringLiteral("  %1 %2 (min %3)  ratio %4")
-                    .arg(figure.kind == Figure::Kind::Ordering ? QStringLiteral("step-by-step")
-                                                               : QStringLiteral("raw Qt"))
+                    .arg(figure.kind == Figure::Kind::Ordering      ? QStringLiteral("step-by-step")
+                             : figure.kind == Figure::Kind::Profile ? QStringLiteral("on")
+                                                                    : QStringLiteral("raw Qt"))
                     .arg(formatValue(median(result.raw), unit))
                     .arg(formatValue(minimum(result.raw), unit).trimmed())
                     .arg(result.ratio(), 0, 'f', 3);
     }
     out() << line << Qt::endl;
+    if (figure.kind == Figure::Kind::Profile) {
+        // Whether off and on differ is read against how much each arm varies by itself.
+        out() << QStringLiteral("%1 %2  spread (interquartile range): off %3, on %4")
+                     .arg(QStringLiteral("  cold"), -62)
+                     .arg(QString(), 0)
+                     .arg(formatValue(interquartileRange(result.lib), unit).trimmed())
+                     .arg(formatValue(interquartileRange(result.raw), unit).trimmed())
+              << Qt::endl;
+    }
     if (result.warmLib.isEmpty())
         return;
-    out() << QStringLiteral("%1 %2  library %3 (min %4)  raw Qt %5 (min %6)  ratio %7")
+    out() << QStringLiteral("%1 %2  library %3 (min %4)  %5 %6 (min %7)  ratio %8")
                  .arg(QStringLiteral("  warm, one process"), -62)
                  .arg(QString(), 0)
                  .arg(formatValue(median(result.warmLib), unit))
                  .arg(formatValue(minimum(result.warmLib), unit).trimmed())
+                 .arg(figure.kind == Figure::Kind::Profile ? QStringLiteral("on")
+                                                           : QStringLiteral("raw Qt"))
                  .arg(formatValue(median(result.warmRaw), unit))
                  .arg(formatValue(minimum(result.warmRaw), unit).trimmed())
                  .arg(median(result.warmRatios), 0, 'f', 3)
           << Qt::endl;
+    if (figure.kind == Figure::Kind::Profile)
+        out() << QStringLiteral("%1 %2  spread (interquartile range): off %3, on %4")
+                     .arg(QStringLiteral("  warm"), -62)
+                     .arg(QString(), 0)
+                     .arg(formatValue(interquartileRange(result.warmLib), unit).trimmed())
+                     .arg(formatValue(interquartileRange(result.warmRaw), unit).trimmed())
+              << Qt::endl;
 }
 
 void writeCsv(const QString& dir, const QList<Result>& results)

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-// Median and minimum of a figure's repetitions.
+// Median, minimum and spread of a figure's repetitions.
 inline double median(QList<double> values)
 {
     if (values.isEmpty())
@@ -17,4 +17,22 @@ inline double median(QList<double> values)
 inline double minimum(const QList<double>& values)
 {
     return values.isEmpty() ? 0 : *std::min_element(values.cbegin(), values.cend());
+}
+
+// The interquartile range: how far apart the middle half of the repetitions lie, which
+// one slow repetition (a page fault, another process) does not move.
+inline double interquartileRange(QList<double> values)
+{
+    if (values.size() < 4)
+        return 0;
+    std::sort(values.begin(), values.end());
+    const auto at = [&values](double fraction) {
+        const double position = fraction * double(values.size() - 1);
+        const qsizetype below = qsizetype(position);
+        const double weight = position - double(below);
+        return below + 1 < values.size()
+            ? values.at(below) * (1 - weight) + values.at(below + 1) * weight
+            : values.at(below);
+    };
+    return at(0.75) - at(0.25);
 }

@@ -7,12 +7,14 @@
 // shutdown() before the end.
 
 #include "loadtracker.h"
+#include "problemplugins.h"
 #include "safestartcheck.h"
 #include "screens.h"
 #ifdef ZELVANE_DEMO_QML
 #include <QtQuick/QQuickWindow>
 #endif
 
+#include <zelvane/diagnostics/pluginbisect.h>
 #include <zelvane/diagnostics/safestart.h>
 #include <zelvane/objectpool.h>
 #include <zelvane/plugincontroller.h>
@@ -22,6 +24,7 @@
 #include <QtCore/QCommandLineParser>
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
+#include <QtCore/QProcess>
 #include <QtCore/QSettings>
 #include <QtCore/QTextStream>
 #include <QtGui/QImage>
@@ -242,6 +245,8 @@ int main(int argc, char* argv[])
                                       QCoreApplication::organizationName(),
                                       QCoreApplication::applicationName());
     controller->setSettings(settings.get());
+    // The trouble chosen in Help > Problem Plugin, for the Troublemaker example plugin.
+    arguments = ZelvaneDemo::ProblemPlugins::withTrouble(arguments, *settings);
     controller->setArguments(arguments);
 
     // A start that died while loading the plugins left its mark beside the settings: the
@@ -249,14 +254,21 @@ int main(int argc, char* argv[])
     Zelvane::SafeStart safeStart(settings.get());
     ZelvaneDemo::checkPreviousStart(safeStart, pluginDir, arguments, headless);
     safeStart.begin();
+    // A plugin bisect (Help > Find a Problem Plugin…) goes on across restarts; a start
+    // under one of its steps that died puts the user's own selection back.
+    Zelvane::PluginBisect bisect(settings.get());
+    if (bisect.beginStart() == Zelvane::PluginBisect::State::Interrupted)
+        QTextStream(stderr) << "zelvane-demo: " << bisect.statusText() << Qt::endl;
 
     ZelvaneDemo::LoadTracker tracker(pluginDir, pluginIID, controller->pool());
     const bool loaded = controller->loadPlugins(pluginDir);
     tracker.finish();
     safeStart.finish();
+    bisect.started();
     const QString settingsFile = QFileInfo(settings->fileName()).absoluteFilePath();
 
     int status = 0;
+    bool restart = false;
     if (parser.isSet(listOption)) {
         QTextStream out(stdout);
         printList(out, pluginDir, settingsFile, tracker, loaded);
@@ -283,11 +295,22 @@ int main(int argc, char* argv[])
             }
         } else if (!headless) {
             screens.show(screen);
+            // The user restarted for a step of the bisect: its question comes first.
+            if (bisect.state() != Zelvane::PluginBisect::State::Idle)
+                screens.showPluginBisect();
             status = app.exec();
+            restart = screens.restartRequested();
         }
     }
 
-    // Plugins go before the application object and the settings they may still use.
+    // Plugins go before the application object and the settings they may still use. A
+    // plugin can take the demo down as it quits, too: the safe-start mark stands over
+    // shutdown() as well, and the next start's trial, which runs shutdown() too, names it.
+    safeStart.begin();
     controller->shutdown();
+    safeStart.finish();
+    if (restart)
+        QProcess::startDetached(QCoreApplication::applicationFilePath(),
+                                QCoreApplication::arguments().mid(1));
     return status;
 }

@@ -26,10 +26,22 @@ void checkPreviousStart(Zelvane::SafeStart& safeStart, const QDir& pluginDir,
         err << "zelvane-demo: " << QObject::tr("every plugin starts now") << Qt::endl;
         return;
     }
+    // Each culprit, and the plugins that go with it because they need it: the user
+    // should not be surprised by a missing plugin that never crashed.
     QStringList lines;
-    for (const Zelvane::SafeStart::Culprit& culprit : culprits)
+    QStringList dependants;
+    for (const Zelvane::SafeStart::Culprit& culprit : culprits) {
         lines.append(QObject::tr("%1 (%2) cannot start: %3")
                          .arg(culprit.name, culprit.fileName, culprit.reason));
+        const QStringList with = safeStart.switchedOffWith(culprit);
+        if (!with.isEmpty())
+            lines.append(QObject::tr("switched off with %1, since they need it: %2")
+                             .arg(culprit.name, with.join(QStringLiteral(", "))));
+        for (const QString& name : with) {
+            if (!dependants.contains(name))
+                dependants.append(name);
+        }
+    }
     for (const QString& line : std::as_const(lines))
         err << "zelvane-demo: " << line << Qt::endl;
 
@@ -47,6 +59,10 @@ void checkPreviousStart(Zelvane::SafeStart& safeStart, const QDir& pluginDir,
     QStringList names;
     for (const Zelvane::SafeStart::Culprit& culprit : culprits)
         names.append(culprit.name);
+    for (const QString& name : std::as_const(dependants)) {
+        if (!names.contains(name))
+            names.append(name);
+    }
     err << "zelvane-demo: " << QObject::tr("switched off: %1").arg(names.join(QStringLiteral(", ")))
         << Qt::endl;
 }

@@ -3,6 +3,7 @@
 #include "../plugins/published.h"
 #include "../plugins/workbench.h"
 #include "aboutplugins.h"
+#include "problemplugins.h"
 #ifdef ZELVANE_DEMO_QML
 #include "pluginspage.h"
 #endif
@@ -14,7 +15,6 @@
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QMetaObject>
-#include <QtCore/QProcess>
 #include <QtGui/QAction>
 #include <QtGui/QImage>
 #include <QtGui/QPainter>
@@ -56,7 +56,10 @@ Screens::Screens(const QDir& pluginDir, const LoadTracker* tracker, const QStrin
     , m_tracker(tracker)
     , m_settingsFile(settingsFile)
     , m_qmlPage(qmlPage)
+    , m_problems(std::make_unique<ProblemPlugins>(Zelvane::PluginController::instance()->settings(),
+                                                  pluginDir))
 {
+    connect(m_problems.get(), &ProblemPlugins::restartRequested, this, &Screens::restart);
     m_workbench
         = qobject_cast<Editor::IWorkbench*>(Editor::findPublished(QStringLiteral("workbench")));
     if (!m_workbench || !m_workbench->window()) {
@@ -72,6 +75,7 @@ Screens::Screens(const QDir& pluginDir, const LoadTracker* tracker, const QStrin
     about->setObjectName(QStringLiteral("aboutPlugins"));
     connect(about, &QAction::triggered, this, &Screens::showAboutPlugins);
     m_workbench->addAction(Editor::Menu::Help, about);
+    m_problems->addTo(m_workbench);
 }
 
 Screens::~Screens() = default;
@@ -140,9 +144,8 @@ void Screens::showPluginsScreen()
 
 void Screens::restart()
 {
-    const QStringList arguments = QCoreApplication::arguments().mid(1);
-    if (QProcess::startDetached(QCoreApplication::applicationFilePath(), arguments))
-        mainWindow()->close();
+    m_restartRequested = true;
+    QCoreApplication::quit();
 }
 
 void Screens::showAboutPlugins()
@@ -151,6 +154,11 @@ void Screens::showAboutPlugins()
         m_about = std::make_unique<AboutPlugins>(m_tracker, m_settingsFile, mainWindow());
     m_about->show();
     m_about->raise();
+}
+
+void Screens::showPluginBisect()
+{
+    m_problems->showBisect(mainWindow());
 }
 
 bool Screens::screenshot(Screen screen, const QString& fileName, QString* error)

@@ -18,15 +18,16 @@ namespace ZelvaneDemo {
 
 class AboutPlugins;
 class LoadTracker;
+class ProblemPlugins;
 
 // What zelvane-demo can show, on start (--show) or in a screenshot. FileMenu is the
 // editor with its File menu open, where the extensions' commands are.
 enum class Screen { Editor, FileMenu, Plugins, About };
 
 // The demo's windows. The editor window is the core plugin's (the workbench in the
-// pool); the host only adds its own two commands to it, Tools > Plugins… and
-// Help > About plugins. Without a core plugin that makes a window, About plugins is
-// the main window.
+// pool); the host only adds its own commands to it, Tools > Plugins…, Help > About
+// plugins and the entries of ProblemPlugins in the Help menu. Without a core plugin that makes a
+// window, About plugins is the main window.
 class Screens : public QObject
 {
     Q_OBJECT
@@ -50,10 +51,17 @@ public:
 
     void showPluginsScreen();
     void showAboutPlugins();
+    // The plugin bisect's guided flow, over the main window.
+    void showPluginBisect();
+
+    // Whether the user asked for a restart: the host starts the demo again with the same
+    // arguments once this run has shut its plugins down, so that a new selection applies
+    // and the two runs never share the settings' safe-start mark.
+    bool restartRequested() const { return m_restartRequested; }
 
 private:
     QWidget* mainWindow() const;
-    // Starts the demo again with the same arguments, so that a new selection applies.
+    // Ends the event loop for a restart.
     void restart();
 
     QDir m_pluginDir;
@@ -61,8 +69,10 @@ private:
     QString m_settingsFile;
     QString m_selectedPlugin;
     bool m_qmlPage;
+    bool m_restartRequested = false;
     Editor::IWorkbench* m_workbench = nullptr;
     std::unique_ptr<AboutPlugins> m_about;
+    std::unique_ptr<ProblemPlugins> m_problems;
 };
 
 } // namespace ZelvaneDemo

@@ -2,6 +2,7 @@
 
 #include "controller/loadplan_p.h"
 #include "diagnostics/trialwatch_p.h"
+#include "model/pluginselectionrules_p.h"
 #include "plugin/pluginnames_p.h"
 
 #include <zelvane/plugincontroller.h>
@@ -13,6 +14,8 @@
 #include <QtCore/QSaveFile>
 #include <QtCore/QSettings>
 
+#include <optional>
+
 namespace Zelvane {
 
 class SafeStartPrivate
@@ -22,7 +25,48 @@ public:
     int timeout = 5;
     QString trialProgram;
     QString errorString;
+    // The folder of the last findCulprits(): its culprits are switched off in it.
+    std::optional<QDir> culpritsDir;
+
+    // The plugins switched off, beyond the culprits themselves, when the culprits are
+    // switched off one after the other as cleared ticks.
+    QStringList switchedOffWith(const QList<SafeStart::Culprit>& culprits) const;
 };
+
+QStringList SafeStartPrivate::switchedOffWith(const QList<SafeStart::Culprit>& culprits) const
+{
+    if (!settings || !culpritsDir)
+        return {};
+    // The rows of the plugins model, as it makes them: the Core plugins, then the
+    // Extensions, each ticked as the settings say. The model's own rules then spread
+    // the cleared ticks, so this can never name a plugin that the screen would leave on.
+    const LoadPlan plan(*culpritsDir);
+    const QMultiMap<QString, PluginLoader> discovered = plan.discovered();
+    QList<PluginsModel::Record> records;
+    for (const PluginLoader& plugin : discovered.values(coreCategoryKey()))
+        records.append(PluginsModel::Record { isPluginEnabled(*settings, plugin), true, plugin });
+    for (const PluginLoader& plugin : discovered.values(extensionCategoryKey()))
+        records.append(PluginsModel::Record { isPluginEnabled(*settings, plugin), false, plugin });
+    const QList<PluginsModel::Record> before = records;
+
+    QStringList culpritNames;
+    for (const SafeStart::Culprit& culprit : culprits)
+        culpritNames.append(culprit.name);
+    Toggler toggler(records);
+    for (qsizetype row = 0; row < records.size(); ++row) {
+        // A refused edit (core plugins that need one another in a cycle) would leave the
+        // rows half changed: then nothing is named beyond the culprits.
+        if (culpritNames.contains(records.at(row).plugin.name()) && !toggler.run(int(row), false))
+            return {};
+    }
+    QStringList off;
+    for (qsizetype row = 0; row < records.size(); ++row) {
+        const QString name = records.at(row).plugin.name();
+        if (before.at(row).checked && !records.at(row).checked && !culpritNames.contains(name))
+            off.append(name);
+    }
+    return off;
+}
 
 namespace {
 
@@ -85,6 +129,7 @@ QList<SafeStart::Culprit> SafeStart::findCulprits(const QDir& dir,
                                                   const QMap<QString, QString>& arguments)
 {
     d->errorString.clear();
+    d->culpritsDir = dir;
     TrialWatch watch;
     watch.program = trialProgram();
     if (watch.program.isEmpty()) {
@@ -121,9 +166,19 @@ void SafeStart::switchOff(const QList<Culprit>& culprits)
 {
     if (!d->settings)
         return;
+    // Only the plugins that change are written, as the culprits are found in a
+    // selection that may never have been saved: the others keep following their Default.
+    const QStringList dependants = d->switchedOffWith(culprits);
     for (const Culprit& culprit : culprits)
         d->settings->setValue(selectionSettingsKey(culprit.name), false);
+    for (const QString& name : dependants)
+        d->settings->setValue(selectionSettingsKey(name), false);
     d->settings->sync();
+}
+
+QStringList SafeStart::switchedOffWith(const Culprit& culprit) const
+{
+    return d->switchedOffWith({ culprit });
 }
 
 QString SafeStart::coreOnlyFileName() const

@@ -49,6 +49,17 @@ private:
                                                                    : nullptr;
     }
     void unloaded(const QJsonObject& event);
+    // The plugin that shutdown() unloads first: the last one loadPlugins() loaded (it
+    // unloads in the reverse of the load order, and only what it loaded); null when
+    // nothing was.
+    TrialPlugin* firstToUnload()
+    {
+        for (qsizetype i = m_run.plan.size(); i-- > 0;) {
+            if (m_run.plan.at(i).outcome == TrialPlugin::Outcome::Started)
+                return &m_run.plan[i];
+        }
+        return nullptr;
+    }
 
     const TrialWatch& m_watch;
     const QStringList m_switchedOff;
@@ -121,6 +132,7 @@ void RunWatch::handle(const QJsonObject& event)
         }
     } else if (type == endEvent) {
         m_run.ended = true;
+        m_run.endUs = relative(event);
         m_run.endedOk = event.value(okKey).toBool();
         m_run.endError = event.value(errorKey).toString();
         // shutdown() gets the whole timeout up to its first unload.
@@ -197,6 +209,14 @@ TrialRun RunWatch::run()
         // start-up. With it, a process that ends before shutdown() returned was taken
         // down by the plugin being unloaded.
         TrialPlugin* plugin = unloading();
+        // Gone after loadPlugins() returned and before the first unload was announced:
+        // shutdown() was under way, and the plugin it was about to unload is the one a
+        // host would lose its exit to. Dropping it would let a crash at exit go unnamed.
+        if (m_watch.shutdown && !m_run.shutDown && !plugin) {
+            plugin = firstToUnload();
+            if (plugin)
+                plugin->unloadStart = m_run.endUs;
+        }
         if (m_watch.shutdown && !m_run.shutDown && plugin) {
             plugin->unloadEnd = stoppedAt - m_run.startUs;
             if (timedOut) {

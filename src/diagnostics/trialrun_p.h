@@ -17,6 +17,7 @@ struct TrialRun
     QList<TrialPlugin> dropped;
     qint64 startUs = -1; // loadPlugins() called, on the child's clock (the same clock)
     bool ended = false; // loadPlugins() returned
+    qint64 endUs = -1; // when it returned, relative to startUs
     bool endedOk = false;
     QString endError;
     bool shutDown = false; // shutdown() returned

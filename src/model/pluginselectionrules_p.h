@@ -1,7 +1,7 @@
 #pragma once
 
-// The tick/clear rules that PluginsModel applies to its rows. Internal: included by
-// the model's sources only, and never installed.
+// The tick/clear rules that PluginsModel applies to its rows, and SafeStart to the
+// plugins that go with a culprit. Internal: never installed.
 
 #include <zelvane/pluginsmodel.h>
 

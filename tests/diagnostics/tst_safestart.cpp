@@ -38,6 +38,7 @@ private slots:
     void findAndSwitchOff();
     void everyPluginStarts();
     void crashAtShutdown();
+    void switchedOffWithTheirDependants();
     void noTrialProgram();
     void coreOnlyStartLeavesTheSelectionAlone();
 };
@@ -176,6 +177,46 @@ void tst_SafeStart::crashAtShutdown()
     QCOMPARE(ZelvaneTest::storedSelection(settingsFile),
              QStringList { QStringLiteral("SegvAtExit=false") });
     QCOMPARE(namesOf(safeStart.findCulprits(QDir(folder.path()))), QStringList());
+}
+
+void tst_SafeStart::switchedOffWithTheirDependants()
+{
+    // NeedsSegv needs Segv, Viewer needs Storage: switching Segv off switches NeedsSegv
+    // off, as clearing Segv's tick on the plugins screen would.
+    QTemporaryDir folder;
+    QVERIFY(ZelvaneTest::copyPlugins(
+        folder.path(),
+        { QStringLiteral("zt_core"), QStringLiteral("zt_storage"), QStringLiteral("zt_trial_segv"),
+          QStringLiteral("zt_trial_needsegv"), QStringLiteral("zt_viewer") }));
+    QTemporaryDir settingsFolder;
+    const QString settingsFile = settingsFolder.filePath(QStringLiteral("host.ini"));
+    QVERIFY(ZelvaneTest::writeFile(settingsFile, "[plugin]\nStorage=true\n"));
+    QSettings settings(settingsFile, QSettings::IniFormat);
+    Zelvane::SafeStart safeStart(&settings);
+    const Zelvane::SafeStart::Culprit storage { QStringLiteral("Storage"),
+                                                QStringLiteral("libzt_storage.so"), QString() };
+    // Without a folder there are no plugins to name.
+    QCOMPARE(safeStart.switchedOffWith(storage), QStringList());
+
+    const QList<Zelvane::SafeStart::Culprit> culprits = safeStart.findCulprits(QDir(folder.path()));
+    QCOMPARE(safeStart.errorString(), QString());
+    // NeedsSegv never got to start: it is not a culprit of its own.
+    QCOMPARE(namesOf(culprits),
+             QStringList { QStringLiteral("Segv (libzt_trial_segv.so): crashed in initialize(): "
+                                          "signal SIGSEGV (Segmentation fault)") });
+    QCOMPARE(safeStart.switchedOffWith(culprits.constFirst()),
+             QStringList { QStringLiteral("NeedsSegv") });
+    QCOMPARE(safeStart.switchedOffWith(storage), QStringList { QStringLiteral("Viewer") });
+    // Naming them writes nothing.
+    QCOMPARE(ZelvaneTest::storedSelection(settingsFile),
+             QStringList { QStringLiteral("Storage=true") });
+
+    safeStart.switchOff(culprits);
+    QCOMPARE(ZelvaneTest::storedSelection(settingsFile),
+             (QStringList { QStringLiteral("NeedsSegv=false"), QStringLiteral("Segv=false"),
+                            QStringLiteral("Storage=true") }));
+    // Once they are off, nothing more goes with Segv.
+    QCOMPARE(safeStart.switchedOffWith(culprits.constFirst()), QStringList());
 }
 
 void tst_SafeStart::noTrialProgram()

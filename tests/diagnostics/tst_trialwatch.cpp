@@ -10,6 +10,7 @@
 #include "zelvanetest.h"
 
 #include <QtCore/QDir>
+#include <QtCore/QFile>
 #include <QtCore/QRegularExpression>
 #include <QtCore/QSettings>
 #include <QtCore/QTemporaryDir>
@@ -99,6 +100,7 @@ private slots:
     void unloadThatExitsOrHangs_data();
     void unloadThatExitsOrHangs();
     void withoutShutdownTheUnloadsAreNotWatched();
+    void deathBeforeTheFirstUnloadIsAShutdownCrash();
     void isolateSwitchesOffAPluginThatCrashesAtShutdown();
     void helperThatCannotStart();
     void signalNames();
@@ -300,6 +302,44 @@ void tst_TrialWatch::withoutShutdownTheUnloadsAreNotWatched()
                             QStringLiteral("Storage: -") }));
     QCOMPARE(report.shutdownCulprits(), QStringList());
     QCOMPARE(report.everyPluginStarted(), true);
+}
+
+void tst_TrialWatch::deathBeforeTheFirstUnloadIsAShutdownCrash()
+{
+    // A helper that goes down after loadPlugins() returned, before shutdown() announced
+    // its first unload: the real helper loads the plugins and leaves without unloading,
+    // then the process that the watcher follows dies of SIGSEGV.
+    QTemporaryDir folder;
+    QVERIFY(ZelvaneTest::copyPlugins(folder.path(),
+                                     { QStringLiteral("zt_core"), QStringLiteral("zt_storage"),
+                                       QStringLiteral("zt_trial_slow") }));
+    Zelvane::TrialWatch watch = watchOver(folder.path());
+    watch.shutdown = true;
+    QTemporaryDir helperFolder;
+    const QString helper = helperFolder.filePath(QStringLiteral("zelvane-trial"));
+    QFile script(helper);
+    QVERIFY(script.open(QIODevice::WriteOnly));
+    script.write("#!/bin/sh\n"
+                 "for argument do\n"
+                 "    shift\n"
+                 "    [ \"$argument\" = --shutdown ] || set -- \"$@\" \"$argument\"\n"
+                 "done\n\""
+                 + watch.program.toUtf8()
+                 + "\" \"$@\"\n"
+                   "kill -SEGV $$\n");
+    script.close();
+    QVERIFY(script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+    watch.program = helper;
+    const Zelvane::TrialReport report = watch.run();
+    QCOMPARE(report.error, QString());
+    QCOMPARE(report.everyPluginStarted(), true);
+    // shutdown() would have unloaded the last plugin loaded first: that is the one named,
+    // and the others were never reached.
+    QCOMPARE(describeUnloads(report),
+             (QStringList { QStringLiteral("Core: -"), QStringLiteral("Slow: -"),
+                            QStringLiteral("Storage: crashed while unloading: signal SIGSEGV "
+                                           "(Segmentation fault)") }));
+    QCOMPARE(report.shutdownCulprits(), QStringList { QStringLiteral("Storage") });
 }
 
 void tst_TrialWatch::isolateSwitchesOffAPluginThatCrashesAtShutdown()

@@ -77,6 +77,8 @@ private slots:
     void pluginsScreenshot_data();
     void pluginsScreenshot();
     void aboutScreenshot();
+    void troublemaker_data();
+    void troublemaker();
 };
 
 void tst_Demo::list_data()
@@ -94,6 +96,7 @@ void tst_Demo::list_data()
                                        QStringLiteral("Disabled:"),
                                        QStringLiteral("  Focus"),
                                        QStringLiteral("  Export"),
+                                       QStringLiteral("  Troublemaker"),
                                        QStringLiteral("Skipped:"),
                                        QStringLiteral("  (none)"),
                                        QStringLiteral("Objects in the pool:"),
@@ -117,6 +120,7 @@ void tst_Demo::list_data()
                          QStringLiteral("  Focus"),
                          QStringLiteral("  Export"),
                          QStringLiteral("  Spellcheck"),
+                         QStringLiteral("  Troublemaker"),
                          QStringLiteral("Skipped:"),
                          QStringLiteral("  (none)"),
                          QStringLiteral("Objects in the pool:"),
@@ -135,6 +139,7 @@ void tst_Demo::list_data()
                          QStringLiteral("Disabled:"),
                          QStringLiteral("  Workbench"),
                          QStringLiteral("  Export"),
+                         QStringLiteral("  Troublemaker"),
                          QStringLiteral("Skipped:"),
                          QStringLiteral("  (none)"),
                          QStringLiteral("Objects in the pool:"),
@@ -155,6 +160,7 @@ void tst_Demo::list_data()
                          QStringLiteral("  Focus"),
                          QStringLiteral("  Documents"),
                          QStringLiteral("  Export"),
+                         QStringLiteral("  Troublemaker"),
                          QStringLiteral("Skipped:"),
                          QStringLiteral("  Spellcheck: its dependencies cannot be met "
                                         "(zelvane-inspect tells why)"),
@@ -436,6 +442,53 @@ void tst_Demo::aboutScreenshot()
     const int objects = countPixels(image.copy(QRect(20, 250, 400, 110)), isText);
     QVERIFY2(plugins > 400, qPrintable(QString::number(plugins)));
     QVERIFY2(objects > 1000, qPrintable(QString::number(objects)));
+}
+
+void tst_Demo::troublemaker_data()
+{
+    QTest::addColumn<QByteArray>("settings");
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("outcome"); // the error line; empty when every plugin loads
+
+    // Help > Problem Plugin writes both keys; the trouble reaches the plugin as its
+    // argument, and the command line's own --trouble wins over the setting.
+    QTest::newRow("switched on, slow typing") << QByteArray("[plugin]\nTroublemaker=true\n"
+                                                            "[demo]\ntrouble=slow-typing\n")
+                                              << QStringList() << QString();
+    QTest::newRow("the setting's trouble reaches the plugin")
+        << QByteArray("[plugin]\nTroublemaker=true\n[demo]\ntrouble=smoke\n") << QStringList()
+        << QStringLiteral("Error: The plugin \"Troublemaker\" failed to initialize. Error: "
+                          "\"unknown trouble \"smoke\" (there are slow-typing, slow-start, "
+                          "crash-at-start and crash-at-exit)\"");
+    QTest::newRow("the command line wins")
+        << QByteArray("[plugin]\nTroublemaker=true\n[demo]\ntrouble=smoke\n")
+        << QStringList { QStringLiteral("--trouble"), QStringLiteral("slow-typing") } << QString();
+}
+
+void tst_Demo::troublemaker()
+{
+    QFETCH(QByteArray, settings);
+    QFETCH(QStringList, arguments);
+    QFETCH(QString, outcome);
+
+    QTemporaryDir folder;
+    const QString settingsFile = folder.filePath(QStringLiteral("demo.ini"));
+    QVERIFY(ZelvaneTest::writeFile(settingsFile, settings));
+    const Result result = runDemo(
+        QStringList { QStringLiteral("--list"), QStringLiteral("--settings"), settingsFile }
+        + arguments);
+    const QStringList lines = result.out.split(QLatin1Char('\n'));
+    if (outcome.isEmpty()) {
+        QVERIFY2(result.out.contains(QStringLiteral(". Troublemaker\n")), qPrintable(result.out));
+        QVERIFY2(lines.contains(QStringLiteral("  Troublemaker: Trouble \"troublemaker\"")),
+                 qPrintable(result.out));
+        QCOMPARE(result.exitCode, 0);
+    } else {
+        // A plugin that fails is not in the load order; the library's text says why.
+        QVERIFY2(!result.out.contains(QStringLiteral(". Troublemaker\n")), qPrintable(result.out));
+        QVERIFY2(lines.contains(outcome), qPrintable(result.out));
+        QCOMPARE(result.exitCode, 1);
+    }
 }
 
 QTEST_GUILESS_MAIN(tst_Demo)

@@ -1,7 +1,7 @@
 #include "timeline.h"
 
-#include "trialreport.h"
 #include "diagnostics/trialwatch_p.h"
+#include "trialreport.h"
 
 #include <QtCore/QFileInfo>
 #include <QtGui/QFontMetrics>
@@ -32,6 +32,7 @@ constexpr int labelWidth = 260;
 
 const QColor libraryColour(0x1f, 0x5f, 0xa8);
 const QColor initializeColour(0x8c, 0xb8, 0xe8);
+const QColor unloadColour(0x7e, 0x57, 0xc2);
 const QColor failedColour(0xc6, 0x28, 0x28);
 const QColor gridColour(0xdd, 0xdd, 0xdd);
 const QColor textColour(0x22, 0x22, 0x22);
@@ -78,6 +79,36 @@ QString shortOutcome(const TrialPlugin& plugin)
         + QStringLiteral(" ms");
 }
 
+// What shutdown() did to the plugin, in a few words; empty when it was not reached.
+QString shortUnload(const TrialPlugin& plugin)
+{
+    switch (plugin.unload) {
+    case TrialPlugin::Unload::Crashed:
+        return QObject::tr("crashed unloading (%1)")
+            .arg(Zelvane::signalText(plugin.signal).section(QLatin1Char(' '), 0, 0));
+    case TrialPlugin::Unload::Exited:
+        return QObject::tr("exited unloading (code %1)").arg(plugin.exitCode);
+    case TrialPlugin::Unload::TimedOut:
+        return QObject::tr("timed out unloading");
+    case TrialPlugin::Unload::Unloaded:
+        return QObject::tr("unloaded in %1 ms")
+            .arg(QString::number(double(plugin.unloadEnd - plugin.unloadStart) / 1000.0, 'f', 2));
+    case TrialPlugin::Unload::NotReached:
+        break;
+    }
+    return QString();
+}
+
+// A cross where a plugin went down; returns where the text after it starts.
+double drawCross(QPainter& painter, double barEnd, double barTop)
+{
+    painter.setPen(QPen(failedColour, 2.5));
+    const QPointF centre(barEnd + 9, barTop + barHeight / 2.0);
+    painter.drawLine(centre + QPointF(-5, -5), centre + QPointF(5, 5));
+    painter.drawLine(centre + QPointF(-5, 5), centre + QPointF(5, -5));
+    return barEnd + 18;
+}
+
 void paint(QPainter& painter, const Zelvane::TrialReport& report, const QSize& size)
 {
     painter.fillRect(QRect(QPoint(0, 0), size), Qt::white);
@@ -87,9 +118,10 @@ void paint(QPainter& painter, const Zelvane::TrialReport& report, const QSize& s
     painter.setFont(font);
     const QFontMetrics metrics(font);
 
+    // With shutdown the axis runs on to the last unload, which comes after every start.
     qint64 endUs = 1;
     for (const TrialPlugin& plugin : report.plugins)
-        endUs = std::max(endUs, plugin.end);
+        endUs = std::max({ endUs, plugin.end, plugin.unloadEnd });
     const double spanMs = double(endUs) / 1000.0;
     const double step = tickStep(spanMs);
     const double axisMs = std::ceil(spanMs / step) * step;
@@ -106,10 +138,16 @@ void paint(QPainter& painter, const Zelvane::TrialReport& report, const QSize& s
     titleFont.setBold(true);
     painter.setFont(titleFont);
     painter.setPen(textColour);
-    const QString title = report.everyPluginStarted()
+    QString title = report.everyPluginStarted()
         ? QObject::tr("Plugin start-up: every plugin started")
         : QObject::tr("Plugin start-up: cannot start: %1")
               .arg(report.culprits().join(QStringLiteral(", ")));
+    const QStringList cannotShutDown = report.shutdownCulprits();
+    if (report.shutdown) {
+        title += cannotShutDown.isEmpty()
+            ? QObject::tr("; every plugin unloaded")
+            : QObject::tr("; cannot shut down: %1").arg(cannotShutDown.join(QStringLiteral(", ")));
+    }
     painter.drawText(QRect(margin, 0, size.width() - 2 * margin, titleHeight),
                      Qt::AlignLeft | Qt::AlignVCenter, title);
     painter.setFont(font);
@@ -130,7 +168,8 @@ void paint(QPainter& painter, const Zelvane::TrialReport& report, const QSize& s
         const TrialPlugin& plugin = report.plugins.at(row);
         const int y = top + row * rowHeight;
         const bool bad = plugin.cannotStart();
-        painter.setPen(bad                                                   ? failedColour
+        const bool badUnload = plugin.cannotShutDown();
+        painter.setPen(bad || badUnload                                      ? failedColour
                            : plugin.outcome == TrialPlugin::Outcome::Started ? textColour
                                                                              : mutedColour);
         painter.drawText(QRect(margin, y, labelWidth - 8, rowHeight),
@@ -156,17 +195,24 @@ void paint(QPainter& painter, const Zelvane::TrialReport& report, const QSize& s
             painter.fillRect(initializeBar, bad ? failedColour : initializeColour);
             barEnd = initializeBar.right();
         }
-        if (bad) {
-            // A cross where the plugin went down.
-            painter.setPen(QPen(failedColour, 2.5));
-            const QPointF centre(barEnd + 9, barTop + barHeight / 2.0);
-            painter.drawLine(centre + QPointF(-5, -5), centre + QPointF(5, 5));
-            painter.drawLine(centre + QPointF(-5, 5), centre + QPointF(5, -5));
-            barEnd += 18;
+        if (bad)
+            barEnd = drawCross(painter, barEnd, barTop);
+        // The unload, on the same row: after every start, in the reverse order. At least a
+        // few pixels wide, so that an unload of microseconds still shows its colour.
+        QString text = shortOutcome(plugin);
+        if (plugin.unloadStart >= 0 && plugin.unloadEnd >= 0) {
+            const QRectF unloadBar(x(plugin.unloadStart), barTop,
+                                   std::max(3.0, x(plugin.unloadEnd) - x(plugin.unloadStart)),
+                                   barHeight);
+            painter.fillRect(unloadBar, badUnload ? failedColour : unloadColour);
+            barEnd = unloadBar.right();
+            if (badUnload)
+                barEnd = drawCross(painter, barEnd, barTop);
+            text = QObject::tr("%1; %2").arg(text, shortUnload(plugin));
         }
-        painter.setPen(bad ? failedColour : textColour);
+        painter.setPen(bad || badUnload ? failedColour : textColour);
         painter.drawText(QRectF(barEnd + 6, y, size.width() - barEnd - 6, rowHeight),
-                         Qt::AlignLeft | Qt::AlignVCenter, shortOutcome(plugin));
+                         Qt::AlignLeft | Qt::AlignVCenter, text);
     }
 
     // The legend.
@@ -180,7 +226,12 @@ void paint(QPainter& painter, const Zelvane::TrialReport& report, const QSize& s
     };
     legend(libraryColour, QObject::tr("loading the library"));
     legend(initializeColour, QObject::tr("initialize()"));
-    legend(failedColour, QObject::tr("cannot start"));
+    if (report.shutdown) {
+        legend(unloadColour, QObject::tr("unloading"));
+        legend(failedColour, QObject::tr("cannot start or shut down"));
+    } else {
+        legend(failedColour, QObject::tr("cannot start"));
+    }
 }
 
 } // namespace

@@ -69,8 +69,15 @@ public:
     /// trial cannot run (errorString() then says why). Writes nothing.
     QList<Culprit> findCulprits(const QDir& dir, const QMap<QString, QString>& arguments = {});
     /// Switches the plugins off for the next start: "plugin/<Name>" = false in the
-    /// settings, as the plugins model writes a cleared tick, and saves them.
+    /// settings, as the plugins model writes a cleared tick, and saves them. Like a
+    /// cleared tick, it switches off the plugins that need a culprit too
+    /// (switchedOffWith()).
     void switchOff(const QList<Culprit>& culprits);
+    /// The plugins that switchOff() switches off along with culprit because they need it,
+    /// directly or through others, by the rules of the plugins model: of the plugins of
+    /// the folder of the last findCulprits() that the settings switch on, in the order of
+    /// the model's rows. Empty before findCulprits() has run.
+    QStringList switchedOffWith(const Culprit& culprit) const;
 
     /// "<settings file>.coreonly".
     QString coreOnlyFileName() const;

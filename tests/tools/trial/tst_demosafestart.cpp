@@ -33,6 +33,7 @@ class tst_DemoSafeStart : public QObject
 
 private slots:
     void crashThenStartWithoutIt();
+    void crashAtExitOfTheProblemPlugin();
 };
 
 void tst_DemoSafeStart::crashThenStartWithoutIt()
@@ -85,6 +86,40 @@ void tst_DemoSafeStart::crashThenStartWithoutIt()
     result = ZelvaneTest::runProcess(demo, arguments, crashing);
     QCOMPARE(demoLines(result.err), QStringList());
     QCOMPARE(result.exitCode, 0);
+}
+
+void tst_DemoSafeStart::crashAtExitOfTheProblemPlugin()
+{
+    // The demo's own problem plugin, switched on as Help > Problem Plugin > Crash at Exit
+    // leaves it: the demo starts, and dies as it shuts its plugins down.
+    QTemporaryDir settingsFolder;
+    const QString settingsFile = settingsFolder.filePath(QStringLiteral("demo.ini"));
+    QVERIFY(ZelvaneTest::writeFile(settingsFile,
+                                   "[plugin]\nTroublemaker=true\n"
+                                   "[demo]\ntrouble=crash-at-exit\n"));
+    const QString mark = settingsFile + QStringLiteral(".starting");
+    const QStringList arguments { QStringLiteral("--settings"), settingsFile,
+                                  QStringLiteral("--list") };
+    const QString demo = QStringLiteral(ZELVANE_DEMO_EXECUTABLE);
+
+    ZelvaneTest::ProcessResult result = ZelvaneTest::runProcess(demo, arguments);
+    QVERIFY2(result.out.contains(QStringLiteral(". Troublemaker\n")), qPrintable(result.out));
+    QCOMPARE(result.exitCode, -1);
+    QVERIFY(QFile::exists(mark));
+
+    // The next start's trial runs shutdown() too, and names the plugin.
+    result = ZelvaneTest::runProcess(demo, arguments);
+    QCOMPARE(demoLines(result.err),
+             (QStringList { QStringLiteral("zelvane-demo: the last start did not finish; trying "
+                                           "the plugins"),
+                            QStringLiteral("zelvane-demo: Troublemaker (libeditor_troublemaker.so) "
+                                           "cannot start: crashed while unloading: signal SIGABRT "
+                                           "(Aborted)"),
+                            QStringLiteral("zelvane-demo: switched off: Troublemaker") }));
+    QCOMPARE(result.exitCode, 0);
+    QVERIFY(
+        ZelvaneTest::storedSelection(settingsFile).contains(QStringLiteral("Troublemaker=false")));
+    QVERIFY(!QFile::exists(mark));
 }
 
 QTEST_GUILESS_MAIN(tst_DemoSafeStart)

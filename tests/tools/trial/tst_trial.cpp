@@ -67,6 +67,7 @@ private slots:
     void jsonShutdown();
     void timeline();
     void svgTimeline();
+    void shutdownTimeline();
     void graph();
     void renderedGraph();
     void permissions();
@@ -452,6 +453,41 @@ void tst_Trial::svgTimeline()
     QVERIFY2(svg.contains("<svg") && svg.contains("Plugin start-up: every plugin started"),
              svg.left(400).constData());
 #endif
+}
+
+void tst_Trial::shutdownTimeline()
+{
+    // With --shutdown each row also has its unload: Storage's in the unload colour,
+    // SegvAtExit's in red where it took the process down; Core is never reached.
+    QTemporaryDir folder;
+    QVERIFY(ZelvaneTest::copyPlugins(folder.path(),
+                                     { QStringLiteral("zt_core"), QStringLiteral("zt_storage"),
+                                       QStringLiteral("zt_trial_segvatexit") }));
+    const QString picture = folder.filePath(QStringLiteral("shutdown.png"));
+    const Result result
+        = inspect({ folder.path(), QStringLiteral("--iid"), iid, QStringLiteral("--shutdown"),
+                    QStringLiteral("--timeline"), picture });
+    QCOMPARE(result.err, QString());
+    QCOMPARE(result.exitCode, 1);
+
+    QImage image(picture);
+    QVERIFY2(!image.isNull(), "no picture written");
+    QCOMPARE(image.size(), QSize(960, 44 + 3 * 30 + 56 + 16));
+    // The colours of one row, sampled along its middle.
+    const auto rowColours = [&image](int row) {
+        QSet<QRgb> colours;
+        const int y = 44 + row * 30 + 15;
+        for (int x = 276; x < image.width(); ++x)
+            colours.insert(image.pixel(x, y) & 0xffffff);
+        return colours;
+    };
+    // Rows in load order: Core, SegvAtExit, Storage.
+    QVERIFY(!rowColours(0).contains(0x7e57c2));
+    QVERIFY(!rowColours(0).contains(0xc62828));
+    QVERIFY(rowColours(1).contains(0xc62828)); // its unload went down
+    QVERIFY(!rowColours(1).contains(0x7e57c2));
+    QVERIFY(rowColours(2).contains(0x7e57c2)); // unloaded first, and fine
+    QVERIFY(!rowColours(2).contains(0xc62828));
 }
 
 void tst_Trial::graph()
