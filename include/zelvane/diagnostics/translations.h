@@ -19,10 +19,9 @@ namespace Zelvane {
 ///
 /// The texts are written in English: an English language ahead of every catalogue in
 /// the list keeps them so. A second call replaces the translator of the first, and a
-/// call that finds no catalogue removes it, so the call also switches a running host
-/// back (a widget shows the new texts when it is built again or receives
-/// QEvent::LanguageChange). Use it on the application's thread. False without a
-/// QCoreApplication.
+/// call that finds no catalogue removes it. The plugin screens read their texts when
+/// they are built: a host that switches languages while it runs builds its plugin
+/// screen again. Use it on the application's thread. False without a QCoreApplication.
 ///
 /// The library's own texts (the refusal and failure messages of PluginController and
 /// PluginsModel, in the "QObject" context) are not in this catalogue: a host that
