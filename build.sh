@@ -96,6 +96,7 @@ run_demo() {
     echo "  $out/editor-focus.png     (the editor with Focus as its core plugin)"
     echo "  $out/plugins-dialog.png   (the plugins screen, --show plugins --select Spellcheck)"
     echo "  $out/plugins-qml.png      (the same in QML, --qml)"
+    echo "  $out/plugins-de.png       (the plugins screen under LANGUAGE=de)"
     echo "Plugin selection of the demo: $settings"
     echo "Inspect the plugin folder:    $ROOT/build/tools/inspect/zelvane-inspect $ROOT/build/examples/plugins --iid org.zelvane.DocumentEditor/1.0 --settings $settings"
     echo

@@ -16,6 +16,7 @@
 
 #include <zelvane/diagnostics/pluginbisect.h>
 #include <zelvane/diagnostics/safestart.h>
+#include <zelvane/diagnostics/translations.h>
 #include <zelvane/objectpool.h>
 #include <zelvane/plugincontroller.h>
 #include <zelvane/pluginscaterogies.h>
@@ -154,6 +155,9 @@ int main(int argc, char* argv[])
     QApplication app(argc, argv);
     QApplication::setOrganizationName(QStringLiteral("Zelvane"));
     QApplication::setApplicationName(QStringLiteral("zelvane-demo"));
+    // The plugin screens follow the system's language (LANGUAGE=de, LANG=de_DE.UTF-8);
+    // without a catalogue for it they stay English.
+    Zelvane::installTranslations();
 #ifdef ZELVANE_DEMO_QML
     // The offscreen platform has no GPU context; Qt Quick's software renderer draws
     // the page there.
