@@ -22,12 +22,14 @@ JOBS=${JOBS:-2}
 
 # Debian packages the build and the tests need. Checked one by one, so a machine that
 # has them all installs nothing and needs no network. qt6-tools-dev and qt6-l10n-tools
-# are Qt's Linguist tools, which compile the components' translations.
+# are Qt's Linguist tools, which compile the components' translations; the demo's German
+# screenshot takes Qt's own texts (its standard buttons) from qt6-translations-l10n.
 PACKAGES=(cmake ninja-build g++ pkgconf qt6-base-dev libgl-dev qt6-svg-dev
     qt6-declarative-dev qml6-module-qtquick qml6-module-qtquick-window
     qml6-module-qtqml-workerscript qml6-module-qtquick-controls qml6-module-qtquick-layouts
     qml6-module-qtquick-templates qml6-module-qtqml-models qml6-module-qttest
-    fonts-dejavu-core dpkg-dev file abigail-tools doxygen qt6-tools-dev qt6-l10n-tools)
+    fonts-dejavu-core dpkg-dev file abigail-tools doxygen qt6-tools-dev qt6-l10n-tools
+    qt6-translations-l10n)
 
 # What ./build.sh package needs beyond the build: lintian and the manual page writer.
 PACKAGE_TOOLS=(lintian help2man)

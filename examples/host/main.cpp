@@ -25,9 +25,11 @@
 #include <QtCore/QCommandLineParser>
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
+#include <QtCore/QLibraryInfo>
 #include <QtCore/QProcess>
 #include <QtCore/QSettings>
 #include <QtCore/QTextStream>
+#include <QtCore/QTranslator>
 #include <QtGui/QImage>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QMessageBox>
@@ -156,8 +158,14 @@ int main(int argc, char* argv[])
     QApplication::setOrganizationName(QStringLiteral("Zelvane"));
     QApplication::setApplicationName(QStringLiteral("zelvane-demo"));
     // The plugin screens follow the system's language (LANGUAGE=de, LANG=de_DE.UTF-8);
-    // without a catalogue for it they stay English.
+    // without a catalogue for it they stay English. Qt's own texts, such as the
+    // dialog's standard Close button, come from Qt's catalogue (Debian:
+    // qt6-translations-l10n), when it is installed.
     Zelvane::installTranslations();
+    auto* qtTranslator = new QTranslator(&app);
+    if (qtTranslator->load(QLocale(), QStringLiteral("qtbase"), QStringLiteral("_"),
+                           QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+        QCoreApplication::installTranslator(qtTranslator);
 #ifdef ZELVANE_DEMO_QML
     // The offscreen platform has no GPU context; Qt Quick's software renderer draws
     // the page there.
