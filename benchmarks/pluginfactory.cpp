@@ -19,12 +19,14 @@ QList<qsizetype> occurrences(const QByteArray& bytes, const QByteArray& pattern)
     return result;
 }
 
+// The metadata holds UTF-8: any name of the placeholder's length in bytes fits.
 void overwrite(QByteArray& bytes, const QList<qsizetype>& offsets, const QString& text)
 {
-    const QByteArray latin1 = text.toLatin1();
-    Q_ASSERT(latin1.size() == namePlaceholder.size());
+    const QByteArray utf8 = text.toUtf8();
+    if (!offsets.isEmpty() && utf8.size() != namePlaceholder.size())
+        qFatal("%s is not %d bytes long", utf8.constData(), int(namePlaceholder.size()));
     for (qsizetype offset : offsets)
-        std::copy(latin1.cbegin(), latin1.cend(), bytes.begin() + offset);
+        std::copy(utf8.cbegin(), utf8.cend(), bytes.begin() + offset);
 }
 
 // File names sort as numbers do, since they all have the same number of digits.
@@ -41,7 +43,9 @@ PluginFactory::PluginFactory(const QString& templateDir)
     read(m_core, dir.filePath(QStringLiteral("core.so")), false, false)
         && read(m_leaf, dir.filePath(QStringLiteral("leaf.so")), false, true)
         && read(m_link, dir.filePath(QStringLiteral("link.so")), true, true)
-        && read(m_rich, dir.filePath(QStringLiteral("rich.so")), false, true);
+        && read(m_rich, dir.filePath(QStringLiteral("rich.so")), false, true)
+        && read(m_other, dir.filePath(QStringLiteral("other.so")), false, false)
+        && read(m_huge, dir.filePath(QStringLiteral("huge.so")), false, false);
 }
 
 bool PluginFactory::read(Template& shape, const QString& fileName, bool dependency, bool option)
@@ -71,6 +75,21 @@ bool PluginFactory::read(Template& shape, const QString& fileName, bool dependen
 QString PluginFactory::pluginName(int index)
 {
     return QStringLiteral("plugin-%1").arg(index, 9, 10, QLatin1Char('0'));
+}
+
+QString PluginFactory::scriptName(int index)
+{
+    // Each prefix and its digits make 16 bytes: the Arabic letters take two bytes each,
+    // the CJK ones three, the emoji four.
+    switch (index % 4) {
+    case 1:
+        return QStringLiteral("ملحق%1").arg(index, 8, 10, QLatin1Char('0'));
+    case 2:
+        return QStringLiteral("插件%1").arg(index, 10, 10, QLatin1Char('0'));
+    case 3:
+        return QStringLiteral("🧩%1").arg(index, 12, 10, QLatin1Char('0'));
+    }
+    return pluginName(index);
 }
 
 QString PluginFactory::optionName(int index)
@@ -138,4 +157,30 @@ QStringList PluginFactory::writeChain(const QString& dir, int count, Order order
         paths.append(path);
     }
     return paths;
+}
+
+PluginFactory::ScreenFolder PluginFactory::writeScreen(const QString& dir, int count) const
+{
+    QDir().mkpath(dir);
+    const QDir folder(dir);
+    ScreenFolder written;
+    write(m_core, folder.filePath(fileName(0)), QStringLiteral("core-00000000000"), {}, {});
+    written.huge = QStringLiteral("needs-everything");
+    write(m_huge, folder.filePath(fileName(1)), written.huge, {}, {});
+    for (int index = 2; index < count; ++index) {
+        const QString name = scriptName(index);
+        if (index % 10 == 0) {
+            write(m_other, folder.filePath(fileName(index)), name, {}, {});
+            written.others.append(name);
+        } else {
+            write(m_leaf, folder.filePath(fileName(index)), name, {}, optionName(index));
+            written.extensions.append(name);
+        }
+    }
+    for (int junk = 0; junk < count / 50; ++junk) {
+        QFile file(folder.filePath(QStringLiteral("junk%1.so").arg(junk)));
+        if (!file.open(QIODevice::WriteOnly) || file.write("not a plugin\n") < 0)
+            qFatal("cannot write %s", qPrintable(file.fileName()));
+    }
+    return written;
 }

@@ -23,6 +23,10 @@ public:
 
     static QString pluginName(int index);
     static QString optionName(int index);
+    // A name in one of four scripts by index: Latin (pluginName()), Arabic, CJK or emoji,
+    // each 16 bytes of UTF-8 long. The huge shape's dependencies are scriptName(1) to
+    // scriptName(5000).
+    static QString scriptName(int index);
 
     // One Core plugin and count - 1 Extensions without dependencies, each declaring
     // one option. Returns the paths of the files in load order (the Core first).
@@ -34,6 +38,19 @@ public:
     // written for another host: a licence of about 4 KB, URLs, vendor keys and
     // dependency objects, one option each. Returns the paths in load order.
     QStringList writeRich(const QString& dir, int count) const;
+
+    // What the plugin settings screen meets in a large folder.
+    struct ScreenFolder
+    {
+        QStringList extensions; // the names of the Extensions without dependencies
+        QStringList others; // the names of the plugins of another category
+        QString huge; // the name of the plugin with 5,000 dependencies
+    };
+    // One Core plugin, the huge one (a 100 KB description, 5,000 dependencies), one
+    // plugin in ten of the category "Tool" and the rest Extensions without dependencies,
+    // count in all, named by scriptName(); and junk files that are not plugins, one per
+    // fifty plugins.
+    ScreenFolder writeScreen(const QString& dir, int count) const;
 
 private:
     struct Template
@@ -54,5 +71,7 @@ private:
     Template m_leaf;
     Template m_link;
     Template m_rich;
+    Template m_other;
+    Template m_huge;
     QString m_error;
 };

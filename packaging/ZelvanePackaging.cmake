@@ -79,7 +79,8 @@ pkg-config file and the JSON schema of the plugin metadata.")
 zelvane_debian_package(tools zelvane-tools devel other
     "plugin framework for Qt 6 applications - tools"
     "${_zelvane_about}\n.\nThis package contains zelvane-inspect, which explains what a \
-host would load from a plugin folder without running plugin code, and its helpers.")
+host would load from a plugin folder without running plugin code, and its helpers, and \
+zelvane-create-plugin, which writes a plugin project with its tests.")
 zelvane_debian_package(widgets libzelvanewidgets1 libs library
     "plugin framework for Qt 6 applications - widgets"
     "${_zelvane_about}\n.\nThis package contains libZelvaneWidgets, the plugin settings \
@@ -127,7 +128,7 @@ if(ZELVANE_DEBIAN_PACKAGES)
         message(WARNING "packaging/changelog does not start with version "
             "${ZELVANE_DEBIAN_VERSION}: add an entry for it (see RELEASING.md)")
     endif()
-    # The inspector's manual page is its --help text, so that the two never differ.
+    # The tools' manual pages are their --help texts, so that the two never differ.
     if(TARGET zelvane-inspect)
         find_program(ZELVANE_HELP2MAN help2man)
     endif()
@@ -144,8 +145,23 @@ if(ZELVANE_DEBIAN_PACKAGES)
             WORKING_DIRECTORY "${CMAKE_CURRENT_BINARY_DIR}"
             COMMENT "Writing the manual page of zelvane-inspect"
             VERBATIM)
-        add_custom_target(zelvane_manual_pages ALL DEPENDS "${manual}")
-        install(FILES "${manual}" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT tools)
+        set(manuals "${manual}")
+        if(TARGET zelvane-create-plugin)
+            set(manual "${CMAKE_CURRENT_BINARY_DIR}/packaging/zelvane-create-plugin.1.gz")
+            add_custom_command(OUTPUT "${manual}"
+                COMMAND "${ZELVANE_HELP2MAN}" --no-info --version-string=${PROJECT_VERSION}
+                    "--name=write a Zelvane plugin project with its tests"
+                    --output=packaging/zelvane-create-plugin.1
+                    "$<TARGET_FILE:zelvane-create-plugin>"
+                COMMAND gzip -9nf packaging/zelvane-create-plugin.1
+                DEPENDS zelvane-create-plugin
+                WORKING_DIRECTORY "${CMAKE_CURRENT_BINARY_DIR}"
+                COMMENT "Writing the manual page of zelvane-create-plugin"
+                VERBATIM)
+            list(APPEND manuals "${manual}")
+        endif()
+        add_custom_target(zelvane_manual_pages ALL DEPENDS ${manuals})
+        install(FILES ${manuals} DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT tools)
     endif()
     foreach(component IN LISTS ZELVANE_PACKAGED_COMPONENTS)
         string(TOUPPER "${component}" upper)

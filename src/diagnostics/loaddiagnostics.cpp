@@ -1,9 +1,9 @@
 #include <zelvane/diagnostics/loaddiagnostics.h>
 
+#include "diagnostics/dependencyrelations_p.h"
 #include "diagnostics/diagnosticsdata_p.h"
 #include "plugin/pluginnames_p.h"
 
-#include <QtCore/QSet>
 #include <QtCore/QSettings>
 
 #include <algorithm>
@@ -43,17 +43,21 @@ PluginDiagnostic::State stateOf(const LoadPlan::File& file)
 void fill(LoadDiagnosticsData& data, const LoadPlan& plan, QSettings* settings)
 {
     const QList<LoadPlan::File> files = plan.files();
-    QSet<QString> accepted;
+    QList<DependencyRelations::File> named;
+    named.reserve(files.size());
     for (const LoadPlan::File& file : files) {
-        if (file.plugin.isValid())
-            accepted.insert(file.name);
+        const bool accepted = file.plugin.isValid();
+        named.append(
+            { file.name, accepted, accepted ? file.plugin.dependencies() : QStringList() });
     }
+    const DependencyRelations relations = dependencyRelations(named);
     const QString chosenCore
         = plan.chosenCore() >= 0 ? files.at(plan.chosenCore()).name : QString();
 
     data.plugins.clear();
     data.plugins.reserve(files.size());
-    for (const LoadPlan::File& file : files) {
+    for (qsizetype index = 0; index < files.size(); ++index) {
+        const LoadPlan::File& file = files.at(index);
         PluginDiagnostic plugin;
         PluginDiagnosticData& record = PluginDiagnosticData::of(plugin);
         record.file = file;
@@ -62,17 +66,8 @@ void fill(LoadDiagnosticsData& data, const LoadPlan& plan, QSettings* settings)
         if (file.plugin.isValid()) {
             record.selected = settings && isPluginEnabled(*settings, file.plugin);
             record.loaded = file.plugin.loaded();
-            const QStringList dependencies = file.plugin.dependencies();
-            for (const QString& dependency : dependencies) {
-                if (!accepted.contains(dependency)
-                    && !record.missingDependencies.contains(dependency))
-                    record.missingDependencies.append(dependency);
-            }
-            for (const LoadPlan::File& other : files) {
-                if (other.plugin.isValid() && other.plugin.dependencies().contains(file.name)
-                    && !record.dependants.contains(other.name))
-                    record.dependants.append(other.name);
-            }
+            record.missingDependencies = relations.missing.at(index);
+            record.dependants = relations.dependants.at(index);
         }
         data.plugins.append(plugin);
     }

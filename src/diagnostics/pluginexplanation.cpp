@@ -7,6 +7,7 @@
 #include <QtCore/QJsonObject>
 #include <QtCore/QJsonValue>
 #include <QtCore/QPluginLoader>
+#include <QtCore/QSet>
 
 #include <algorithm>
 
@@ -124,7 +125,9 @@ PluginExplanation::PluginExplanation(const PluginDiagnostic& plugin, const LoadD
 void PluginExplanation::addDependencyNotes(const PluginDiagnostic& plugin)
 {
     const QStringList names = plugin.dependencies();
-    const QStringList missing = plugin.missingDependencies();
+    // A set: a plugin may name thousands of dependencies, most of them missing.
+    const QStringList missingList = plugin.missingDependencies();
+    const QSet<QString> missing(missingList.cbegin(), missingList.cend());
     const auto nameItem = [&missing](const QString& name) {
         return missing.contains(name) ? Item { QString(), tr("%1 (missing)").arg(name), {}, true }
                                       : Item { QString(), name, {}, false };

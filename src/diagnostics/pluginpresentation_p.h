@@ -13,6 +13,7 @@
 #include <zelvane/diagnostics/zelvane_diagnostics_export.h>
 
 #include <QtCore/QCommandLineOption>
+#include <QtCore/QList>
 #include <QtCore/QString>
 
 namespace Zelvane {
@@ -36,6 +37,28 @@ ZELVANE_DIAGNOSTICS_EXPORT bool matchesFilter(const PluginDiagnostic& plugin, co
 
 // An option as the host's --help shows it: "--name <value>".
 ZELVANE_DIAGNOSTICS_EXPORT QString optionSynopsis(const QCommandLineOption& option);
+
+// The other files of a folder, as the screens group them: one group per category, in
+// the order in which the folder lists each category's first file, then the refused
+// files in a group of their own. A group holds its files in the folder's order.
+struct ZELVANE_DIAGNOSTICS_EXPORT OtherGroup
+{
+    bool refused = false;
+    QString category; // as the metadata gives it; may be empty. Empty when refused.
+    QList<PluginDiagnostic> files;
+
+    // Identifies the group across rereads of the folder, e.g. to keep it expanded.
+    QString key() const;
+};
+
+// The groups of the other files of plugins that the filter text keeps (matchesFilter);
+// a group with no such file is left out.
+ZELVANE_DIAGNOSTICS_EXPORT QList<OtherGroup> otherGroups(const QList<PluginDiagnostic>& plugins,
+                                                         const QString& filterText);
+
+// A group's title: its category (or that its files are refused) and how many files it
+// holds, e.g. "Category "Tool": 2 files".
+ZELVANE_DIAGNOSTICS_EXPORT QString groupTitle(const OtherGroup& group);
 
 } // namespace PluginPresentation
 

@@ -61,57 +61,6 @@ QVariantMap detailsOf(const PluginDiagnostic& plugin)
     };
 }
 
-// The files without a row as the screens group them: one group per category, in the
-// order in which the folder lists each category's first file, then the refused files in
-// a group of their own, whose category (when they have one) is not why they have no row.
-struct OtherGroup
-{
-    bool refused = false;
-    QString category;
-    QList<PluginDiagnostic> files;
-};
-
-QList<OtherGroup> otherGroupsOf(const QList<PluginDiagnostic>& others, const QString& filterText)
-{
-    QList<OtherGroup> groups;
-    OtherGroup refused { true, QString(), {} };
-    for (const PluginDiagnostic& plugin : others) {
-        if (!PluginPresentation::matchesFilter(plugin, filterText))
-            continue;
-        if (plugin.state() == PluginDiagnostic::State::Refused) {
-            refused.files.append(plugin);
-            continue;
-        }
-        const QString category = plugin.category();
-        auto group = std::find_if(groups.begin(), groups.end(), [&](const OtherGroup& candidate) {
-            return candidate.category == category;
-        });
-        if (group == groups.end())
-            group = groups.insert(groups.end(), OtherGroup { false, category, {} });
-        group->files.append(plugin);
-    }
-    if (!refused.files.isEmpty())
-        groups.append(refused);
-    return groups;
-}
-
-// A group's heading: its category, or that its files are refused, and how many files
-// the filter leaves in it, so that a closed group still says what it holds. Both forms
-// spelled out: the component ships no English catalogue that would pick between them.
-QString groupTitleOf(const OtherGroup& group)
-{
-    const qsizetype count = group.files.size();
-    if (group.refused)
-        return count == 1 ? QmlPlugins::tr("Refused by the library: 1 file")
-                          : QmlPlugins::tr("Refused by the library: %1 files").arg(count);
-    if (group.category.isEmpty())
-        return count == 1 ? QmlPlugins::tr("No category: 1 file")
-                          : QmlPlugins::tr("No category: %1 files").arg(count);
-    return count == 1
-        ? QmlPlugins::tr("Category \"%1\": 1 file").arg(group.category)
-        : QmlPlugins::tr("Category \"%1\": %2 files").arg(group.category, QString::number(count));
-}
-
 QVariantMap itemOf(const PluginExplanation::Item& item)
 {
     return QVariantMap { { QStringLiteral("code"), item.code },
@@ -273,20 +222,19 @@ bool QmlPlugins::canRestart() const
 QVariantList QmlPlugins::otherGroups(const QString& filterText) const
 {
     QVariantList list;
-    const QList<OtherGroup> groups = otherGroupsOf(d->others, filterText);
-    for (const OtherGroup& group : groups) {
+    // The groups and their titles are the Widgets screen's: both ask PluginPresentation.
+    const QList<PluginPresentation::OtherGroup> groups
+        = PluginPresentation::otherGroups(d->others, filterText);
+    for (const PluginPresentation::OtherGroup& group : groups) {
         QVariantList files;
         for (const PluginDiagnostic& plugin : group.files)
             files.append(detailsOf(plugin));
-        // The key stays the same while the count in the title changes, and keeps a
-        // category of any name, the empty one included, apart from the refused files.
-        const QString key = group.refused ? QStringLiteral("refused")
-                                          : QStringLiteral("category:") + group.category;
-        list.append(QVariantMap { { QStringLiteral("key"), key },
-                                  { QStringLiteral("title"), groupTitleOf(group) },
-                                  { QStringLiteral("refused"), group.refused },
-                                  { QStringLiteral("category"), group.category },
-                                  { QStringLiteral("files"), files } });
+        list.append(
+            QVariantMap { { QStringLiteral("key"), group.key() },
+                          { QStringLiteral("title"), PluginPresentation::groupTitle(group) },
+                          { QStringLiteral("refused"), group.refused },
+                          { QStringLiteral("category"), group.category },
+                          { QStringLiteral("files"), files } });
     }
     return list;
 }

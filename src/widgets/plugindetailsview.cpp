@@ -8,9 +8,36 @@ namespace Zelvane {
 
 namespace {
 
+// Qt's line breaking looks for the end of a word before it breaks inside it, which takes
+// time in the square of the word's length: a description of one word of 1 MiB held the
+// screen for minutes. A zero-width space now and then in such a word gives the layout
+// places to break; the words of any sentence, paths and names are far shorter and stay as
+// they are.
+QString breakable(const QString& text)
+{
+    constexpr qsizetype longestWord = 1000;
+    qsizetype run = 0;
+    QString result;
+    for (qsizetype at = 0; at < text.size(); ++at) {
+        const QChar c = text.at(at);
+        if (c.isSpace()) {
+            run = 0;
+        } else if (++run > longestWord && !c.isLowSurrogate() && !c.isMark()) {
+            // Built only once a word is that long: most texts are returned as they came.
+            if (result.isEmpty())
+                result = text.left(at);
+            result += QChar(0x200B);
+            run = 1;
+        }
+        if (!result.isEmpty())
+            result += c;
+    }
+    return result.isEmpty() ? text : result;
+}
+
 QString escaped(const QString& text)
 {
-    return text.toHtmlEscaped();
+    return breakable(text).toHtmlEscaped();
 }
 
 QString paragraph(const QString& label, const QString& html)
@@ -39,6 +66,26 @@ QString itemHtml(const PluginExplanation::Item& item)
     return html;
 }
 
+// A list of that many items or fewer is a bulleted list; a longer one is a column of
+// indented paragraphs. Qt's text document files each item of a list among the others by
+// position, which takes time in the square of the list's length: at 5,000 dependencies a
+// plugin's details took over half a second for that alone.
+constexpr qsizetype longList = 200;
+
+QString listHtml(const QList<PluginExplanation::Item>& items)
+{
+    QString html;
+    if (items.size() <= longList) {
+        html += QStringLiteral("<ul>");
+        for (const PluginExplanation::Item& item : items)
+            html += QStringLiteral("<li>%1</li>").arg(itemHtml(item));
+        return html + QStringLiteral("</ul>");
+    }
+    for (const PluginExplanation::Item& item : items)
+        html += QStringLiteral("<p class=\"item\">%1</p>").arg(itemHtml(item));
+    return html;
+}
+
 } // namespace
 
 PluginDetailsView::PluginDetailsView(QWidget* parent)
@@ -47,13 +94,26 @@ PluginDetailsView::PluginDetailsView(QWidget* parent)
     setObjectName(QStringLiteral("details"));
     setAccessibleName(PluginsWidget::tr("Plugin details"));
     setOpenLinks(false);
+    // A long explanation would otherwise be laid out twice: once to find that it needs
+    // the scroll bar, once more in the width that the bar leaves.
+    setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+    // The items of a long list; a style given with each would be parsed once per item.
+    document()->setDefaultStyleSheet(
+        QStringLiteral("p.item { margin-left: 2em; margin-top: 0; margin-bottom: 0; }"));
     setPlugin(PluginDiagnostic());
 }
 
 void PluginDetailsView::setPlugin(const PluginDiagnostic& plugin, const LoadDiagnostics& folder)
 {
     m_plugin = plugin;
-    setHtml(html(plugin, folder));
+    // Every tick shows the current plugin again, most often in the same words: setting
+    // them again would lay a long explanation out anew and send the reader back to its
+    // top.
+    const QString text = html(plugin, folder);
+    if (text == m_html && !m_html.isEmpty())
+        return;
+    m_html = text;
+    setHtml(text);
 }
 
 QString PluginDetailsView::html(const PluginDiagnostic& plugin, const LoadDiagnostics& folder)
@@ -69,12 +129,8 @@ QString PluginDetailsView::html(const PluginDiagnostic& plugin, const LoadDiagno
     for (const PluginExplanation::Part& part : parts) {
         if (!part.label.isEmpty() || !part.text.isEmpty())
             html += paragraph(part.label, escaped(part.text));
-        if (part.items.isEmpty())
-            continue;
-        html += QStringLiteral("<ul>");
-        for (const PluginExplanation::Item& item : part.items)
-            html += QStringLiteral("<li>%1</li>").arg(itemHtml(item));
-        html += QStringLiteral("</ul>");
+        if (!part.items.isEmpty())
+            html += listHtml(part.items);
     }
     return html;
 }

@@ -26,6 +26,7 @@ public:
 
 private:
     PluginDiagnostic m_plugin;
+    QString m_html; // what the pane shows
 };
 
 } // namespace Zelvane

@@ -12,16 +12,27 @@
 #include <zelvane/pluginsmodel.h>
 
 #include <QtCore/QPointer>
+#include <QtCore/QSet>
 #include <QtWidgets/QHBoxLayout>
+#include <QtWidgets/QHeaderView>
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QLineEdit>
 #include <QtWidgets/QListView>
-#include <QtWidgets/QListWidget>
 #include <QtWidgets/QPushButton>
 #include <QtWidgets/QSplitter>
+#include <QtWidgets/QTreeWidget>
 #include <QtWidgets/QVBoxLayout>
 
 namespace Zelvane {
+
+namespace {
+
+// The role of a file row of the other files that holds its path, and of a group row
+// that holds its key.
+constexpr int pathRole = Qt::UserRole;
+constexpr int groupRole = Qt::UserRole + 1;
+
+} // namespace
 
 // The layout of the screen and what ties its parts together. The details pane and the
 // keyboard are classes of their own (PluginDetailsView, PluginsKeyRouter).
@@ -36,6 +47,7 @@ public:
     void showRow(const QModelIndex& proxyIndex);
     void restoreCurrent();
     void updateOtherFiles();
+    void showOtherFile(const QTreeWidgetItem* item);
     void updateNotice();
     PluginDiagnostic diagnosticOfRow(int sourceRow) const;
 
@@ -58,7 +70,9 @@ public:
     QLabel* extensionLabel;
     QListView* extensionView;
     QLabel* otherLabel;
-    QListWidget* otherView;
+    QTreeWidget* otherView;
+    // The groups of other files that the user opened; they stay open across refreshes.
+    QSet<QString> expandedGroups;
     PluginDetailsView* details;
     QWidget* notice;
     QLabel* noticeText;
@@ -91,9 +105,18 @@ PluginsWidgetPrivate::PluginsWidgetPrivate(PluginsWidget* widget)
     extensionView->setObjectName(QStringLiteral("extensions"));
     extensionLabel->setBuddy(extensionView);
     otherLabel = new QLabel(PluginsWidget::tr("Other &files"), q);
-    otherView = new QListWidget(q);
+    otherView = new QTreeWidget(q);
     otherView->setObjectName(QStringLiteral("otherFiles"));
     otherView->setAccessibleName(PluginsWidget::tr("Other files of the plugin folder"));
+    otherView->setColumnCount(2);
+    otherView->setHeaderLabels({ PluginsWidget::tr("File"), PluginsWidget::tr("Reason") });
+    otherView->setUniformRowHeights(true);
+    otherView->setAllColumnsShowFocus(true);
+    otherView->setSelectionMode(QAbstractItemView::SingleSelection);
+    // The reason takes what the name leaves; both are elided, the details pane has them
+    // whole.
+    otherView->header()->setStretchLastSection(true);
+    otherView->header()->resizeSection(0, otherView->fontMetrics().averageCharWidth() * 24);
     otherLabel->setBuddy(otherView);
     auto* keys = new PluginsKeyRouter(
         filter, coreView, extensionView, [this](const QModelIndex& index) { showRow(index); }, q);
@@ -148,12 +171,13 @@ PluginsWidgetPrivate::PluginsWidgetPrivate(PluginsWidget* widget)
         updateOtherFiles();
         restoreCurrent();
     });
-    QObject::connect(otherView, &QListWidget::currentItemChanged, q, [this](QListWidgetItem* item) {
-        const QList<PluginDiagnostic> plugins = diagnostics.plugins();
-        for (const PluginDiagnostic& plugin : plugins) {
-            if (item && plugin.filePath() == item->data(Qt::UserRole).toString())
-                show(plugin);
-        }
+    QObject::connect(otherView, &QTreeWidget::currentItemChanged, q,
+                     [this](QTreeWidgetItem* item) { showOtherFile(item); });
+    QObject::connect(otherView, &QTreeWidget::itemExpanded, q, [this](QTreeWidgetItem* item) {
+        expandedGroups.insert(item->data(0, groupRole).toString());
+    });
+    QObject::connect(otherView, &QTreeWidget::itemCollapsed, q, [this](QTreeWidgetItem* item) {
+        expandedGroups.remove(item->data(0, groupRole).toString());
     });
     updateOtherFiles();
     show(PluginDiagnostic());
@@ -233,22 +257,52 @@ void PluginsWidgetPrivate::updateOtherFiles()
 {
     const QSignalBlocker blocker(otherView);
     const QString current = otherView->currentItem()
-        ? otherView->currentItem()->data(Qt::UserRole).toString()
+        ? otherView->currentItem()->data(0, pathRole).toString()
         : QString();
     otherView->clear();
+    // While the user looks for something every group that holds it is open; otherwise
+    // the groups are closed, but for those the user opened and the current file's.
+    const bool filtering = !filter->text().trimmed().isEmpty();
+    const QList<PluginPresentation::OtherGroup> groups
+        = PluginPresentation::otherGroups(diagnostics.plugins(), filter->text());
+    for (const PluginPresentation::OtherGroup& group : groups) {
+        auto* groupItem = new QTreeWidgetItem(otherView, { PluginPresentation::groupTitle(group) });
+        groupItem->setData(0, groupRole, group.key());
+        groupItem->setToolTip(0, groupItem->text(0));
+        groupItem->setFirstColumnSpanned(true);
+        groupItem->setFlags(Qt::ItemIsEnabled);
+        bool holdsCurrent = false;
+        for (const PluginDiagnostic& plugin : group.files) {
+            const QString title = PluginPresentation::title(plugin);
+            const QString reason = plugin.stateText();
+            auto* item = new QTreeWidgetItem(groupItem, { title, reason });
+            item->setData(0, pathRole, plugin.filePath());
+            item->setToolTip(0, title);
+            item->setToolTip(1, reason);
+            if (plugin.filePath() == current) {
+                otherView->setCurrentItem(item);
+                holdsCurrent = true;
+            }
+        }
+        groupItem->setExpanded(filtering || holdsCurrent || expandedGroups.contains(group.key()));
+    }
+    otherLabel->setVisible(!groups.isEmpty());
+    otherView->setVisible(!groups.isEmpty());
+}
+
+void PluginsWidgetPrivate::showOtherFile(const QTreeWidgetItem* item)
+{
+    // A group's row explains nothing: the pane keeps what it shows.
+    const QString path = item ? item->data(0, pathRole).toString() : QString();
+    if (path.isEmpty())
+        return;
     const QList<PluginDiagnostic> plugins = diagnostics.plugins();
     for (const PluginDiagnostic& plugin : plugins) {
-        if (!PluginPresentation::isOtherFile(plugin)
-            || !PluginPresentation::matchesFilter(plugin, filter->text()))
-            continue;
-        auto* item = new QListWidgetItem(PluginPresentation::title(plugin), otherView);
-        item->setData(Qt::UserRole, plugin.filePath());
-        item->setToolTip(plugin.stateText());
-        if (plugin.filePath() == current)
-            otherView->setCurrentItem(item);
+        if (plugin.filePath() == path) {
+            show(plugin);
+            return;
+        }
     }
-    otherLabel->setVisible(otherView->count() > 0);
-    otherView->setVisible(otherView->count() > 0);
 }
 
 void PluginsWidgetPrivate::updateNotice()

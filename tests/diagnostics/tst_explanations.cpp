@@ -1,6 +1,8 @@
 // One explanation, told the same way everywhere: zelvane-inspect's report, the Widgets
 // screen's details pane and the QML page tell a user the same sentences about every file
-// of the same folder, including folders of metadata written for other hosts.
+// of the same folder, including folders of metadata written for other hosts. The page
+// lays out the QML singleton's explanation(), which tst_pluginspage holds it to; here the
+// singleton is held to the inspector and the widget.
 
 #include "../controller/loadingfixture.h"
 #include "diagnostics/pluginexplanation_p.h"
@@ -20,6 +22,7 @@
 #include <QtTest/QTest>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QTextBrowser>
+#include <QtWidgets/QTreeWidget>
 
 namespace {
 
@@ -155,6 +158,8 @@ void tst_Explanations::sameSentences()
     widget.setPluginDirectory(QDir(dir));
     const QTextBrowser* pane = widget.findChild<QTextBrowser*>(QStringLiteral("details"));
     QVERIFY(pane);
+    QTreeWidget* otherFiles = widget.findChild<QTreeWidget*>(QStringLiteral("otherFiles"));
+    QVERIFY(otherFiles);
 
     Zelvane::QmlPlugins singleton;
     singleton.setPluginDirectory(dir);
@@ -166,12 +171,17 @@ void tst_Explanations::sameSentences()
 
         QCOMPARE(sentencesOf(singleton.explanation(file.filePath())), expected);
 
-        if (!Zelvane::PluginPresentation::isOtherFile(file)) {
+        if (Zelvane::PluginPresentation::isOtherFile(file)) {
+            const QList<QTreeWidgetItem*> found
+                = otherFiles->findItems(explanation.title(), Qt::MatchExactly | Qt::MatchRecursive);
+            QCOMPARE(found.size(), 1);
+            otherFiles->setCurrentItem(found.constFirst());
+        } else {
             widget.setCurrentPlugin(file.name());
             QCOMPARE(widget.currentPlugin(), file.name());
-            QCOMPARE(pane->toPlainText().split(QLatin1Char('\n')),
-                     QStringList { explanation.title() } + expected);
         }
+        QCOMPARE(pane->toPlainText().split(QLatin1Char('\n')),
+                 QStringList { explanation.title() } + expected);
 
         // Nothing anyone can act on: an option that does not exist, a blank dependency.
         for (const QString& sentence : expected) {

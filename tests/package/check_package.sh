@@ -5,8 +5,11 @@
 #       Configures the source tree without tests and examples in a scratch folder
 #       under <work dir>, builds and installs it into a scratch prefix, then checks
 #       the installed layout, the library's exported symbols, a host project built
-#       with find_package(Zelvane), and a plugin built with the installed
-#       zelvane_add_plugin() whose JSON file is edited between two builds.
+#       with find_package(Zelvane), a plugin built with the installed
+#       zelvane_add_plugin() whose JSON file is edited between two builds, the
+#       components, and a Core and an Extension project written by the installed
+#       zelvane-create-plugin, whose tests pass, and broken copies of them whose
+#       trial-load test fails and names the cause.
 #   check_package.sh tree-exports <libZelvane.so of a BUILD_TESTING=ON tree>
 #       Checks that the tests' build of the library exports the internals they use.
 set -euo pipefail
@@ -132,7 +135,7 @@ check_install() {
 
     local file
     for file in ZelvaneConfig.cmake ZelvaneConfigVersion.cmake ZelvaneTargets.cmake \
-        ZelvaneMacros.cmake; do
+        ZelvaneMacros.cmake ZelvanePluginTest.cmake; do
         if [[ -f $prefix/lib/cmake/Zelvane/$file ]]; then
             pass "lib/cmake/Zelvane/$file"
         else
@@ -239,6 +242,111 @@ check_install() {
     fi
 
     check_components "$prefix" "$tests_dir" "$jobs" "$plugin" "${cmake_options[@]}"
+    check_plugin_projects "$prefix" "$jobs" "${cmake_options[@]}"
+}
+
+# Configures and builds a generated plugin project against the prefix: the whole project,
+# or with a target only that (the broken copies need their plugin and its trial test, not
+# the unit test). Fails on any warning, the metadata check's included.
+build_project() {
+    local name=$1 prefix=$2 jobs=$3 target=$4
+    shift 4
+    local log="$work/projects/$name.log"
+    local build=(cmake --build "$work/projects/$name-build" -j "$jobs")
+    [[ -n $target ]] && build+=(--target "$target")
+    if cmake -S "$work/projects/$name" -B "$work/projects/$name-build" \
+        -DCMAKE_PREFIX_PATH="$prefix" "$@" >"$log" 2>&1 && "${build[@]}" >>"$log" 2>&1; then
+        if grep -qi 'warning' "$log"; then
+            cat "$log"
+            fail "the project $name builds with warnings"
+        else
+            pass "the project $name builds without a warning"
+        fi
+        return 0
+    fi
+    cat "$log"
+    fail "building the project $name"
+    return 1
+}
+
+# A project's CTest run; with a pattern, only the tests it matches.
+run_project_tests() {
+    local name=$1 pattern=${2:-}
+    local options=(--test-dir "$work/projects/$name-build" --output-on-failure)
+    [[ -n $pattern ]] && options+=(-R "$pattern")
+    ctest_output=$(command "${CTEST:-ctest}" "${options[@]}" 2>&1)
+}
+
+# A broken copy of a generated project: its trial-load test must fail and name the cause.
+check_broken_copy() {
+    local name=$1 prefix=$2 jobs=$3 target=$4 expected=$5
+    shift 5
+    build_project "$name" "$prefix" "$jobs" "$target" "$@" || return
+    if run_project_tests "$name" _trial_load; then
+        echo "$ctest_output"
+        fail "$name: the trial-load test passes"
+    elif [[ $ctest_output == *"$expected"* ]]; then
+        pass "$name: the trial-load test fails: $expected"
+    else
+        echo "$ctest_output"
+        fail "$name: the trial-load test fails without saying '$expected'"
+    fi
+}
+
+# zelvane-create-plugin from the prefix: a Core and an Extension project that build and
+# pass their tests, then copies broken as plugins break, whose trial-load test fails.
+check_plugin_projects() {
+    local prefix=$1 jobs=$2
+    shift 2
+    local cmake_options=("$@")
+    local create="$prefix/bin/zelvane-create-plugin"
+    local iid=org.zelvane.Package/1.0
+
+    echo "== plugin projects written by zelvane-create-plugin"
+    mkdir -p "$work/projects"
+    if "$create" Workbench --iid "$iid" --category Core --output "$work/projects/core" \
+        >/dev/null && "$create" Spellcheck --iid "$iid" --depends Workbench \
+        --output "$work/projects/extension" >/dev/null; then
+        pass "zelvane-create-plugin wrote a Core and an Extension project"
+    else
+        fail "zelvane-create-plugin"
+        return
+    fi
+    local core="$work/projects/core-build/libworkbench.so"
+    build_project core "$prefix" "$jobs" "" "${cmake_options[@]}" || return
+    build_project extension "$prefix" "$jobs" "" "${cmake_options[@]}" \
+        -Dspellcheck_TRIAL_PLUGINS="$core" || return
+    local project
+    for project in core extension; do
+        if run_project_tests "$project"; then
+            pass "$project: $(grep -o '[0-9]*% tests passed.*' <<<"$ctest_output")"
+        else
+            echo "$ctest_output"
+            fail "$project: its tests fail"
+        fi
+    done
+
+    # Each copy breaks one thing; its plugin is built alone, with the copy's own trial test.
+    cp -r "$work/projects/core" "$work/projects/core-crash"
+    sed -i 's|^#include <zelvane/IPlugin>|#include <csignal>\n&|; s|^\( *\)auto\* object = new|\1std::raise(SIGSEGV);\n&|' \
+        "$work/projects/core-crash/workbenchplugin.cpp"
+    check_broken_copy core-crash "$prefix" "$jobs" workbench \
+        "libworkbench.so (Workbench) did not start: crashed in initialize(): signal SIGSEGV" \
+        "${cmake_options[@]}"
+
+    cp -r "$work/projects/extension" "$work/projects/extension-abort"
+    printf '\n#include <cstdlib>\n\nstatic const bool loadingAborts = (std::abort(), true);\n' \
+        >>"$work/projects/extension-abort/spellcheckobject.cpp"
+    check_broken_copy extension-abort "$prefix" "$jobs" spellcheck \
+        "libspellcheck.so (Spellcheck) did not start: crashed while loading the library: signal SIGABRT" \
+        "${cmake_options[@]}" -Dspellcheck_TRIAL_PLUGINS="$core"
+
+    # The two projects disagree on the core's name: the extension's dependency is missing.
+    cp -r "$work/projects/extension" "$work/projects/extension-mismatch"
+    sed -i 's|"Workbench"|"WorkBench"|' "$work/projects/extension-mismatch/spellcheck.json"
+    check_broken_copy extension-mismatch "$prefix" "$jobs" spellcheck \
+        "libspellcheck.so (Spellcheck) was not loaded: Will not load: its dependencies cannot be met. Needs WorkBench, which is not in the plugin folder." \
+        "${cmake_options[@]}" -Dspellcheck_TRIAL_PLUGINS="$core"
 }
 
 # The components Diagnostics, Widgets and Quick: their files, find_package() per

@@ -11,6 +11,7 @@
 #include <QtCore/QSettings>
 #include <QtCore/QTemporaryDir>
 #include <QtGui/QImage>
+#include <QtGui/QScreen>
 #include <QtTest/QAbstractItemModelTester>
 #include <QtTest/QSignalSpy>
 #include <QtTest/QTest>
@@ -19,10 +20,11 @@
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QLineEdit>
 #include <QtWidgets/QListView>
-#include <QtWidgets/QListWidget>
 #include <QtWidgets/QPushButton>
+#include <QtWidgets/QScrollBar>
 #include <QtWidgets/QStyleOptionViewItem>
 #include <QtWidgets/QTextBrowser>
+#include <QtWidgets/QTreeWidget>
 
 namespace {
 
@@ -45,6 +47,40 @@ QModelIndex indexOf(const QAbstractItemView* view, const QString& name)
 {
     const QModelIndexList found = view->model()->match(view->model()->index(0, 0), Qt::DisplayRole,
                                                        name, 1, Qt::MatchExactly);
+    return found.value(0);
+}
+
+// The other files as the user sees them: a group per line, "+" when closed and "-" when
+// open, and under it each of its files with its reason.
+QStringList groups(const QTreeWidget* view)
+{
+    QStringList result;
+    for (int group = 0; group < view->topLevelItemCount(); ++group) {
+        const QTreeWidgetItem* item = view->topLevelItem(group);
+        result.append((item->isExpanded() ? QStringLiteral("- ") : QStringLiteral("+ "))
+                      + item->text(0));
+        for (int file = 0; file < item->childCount(); ++file)
+            result.append(QStringLiteral("    ") + item->child(file)->text(0)
+                          + QStringLiteral(" | ") + item->child(file)->text(1));
+    }
+    return result;
+}
+
+// The name that a file's metadata gives, for names too long to spell in a test.
+QString nameOfFile(const Zelvane::LoadDiagnostics& folder, const QString& fileName)
+{
+    const QList<Zelvane::PluginDiagnostic> plugins = folder.plugins();
+    for (const Zelvane::PluginDiagnostic& plugin : plugins) {
+        if (plugin.fileName() == fileName)
+            return plugin.name();
+    }
+    return QString();
+}
+
+QTreeWidgetItem* otherFile(const QTreeWidget* view, const QString& title)
+{
+    const QList<QTreeWidgetItem*> found
+        = view->findItems(title, Qt::MatchExactly | Qt::MatchRecursive);
     return found.value(0);
 }
 
@@ -80,7 +116,7 @@ public:
         details = widget.findChild<QTextBrowser*>(QStringLiteral("details"));
         notice = widget.findChild<QWidget*>(QStringLiteral("notice"));
         restart = widget.findChild<QPushButton*>(QStringLiteral("restart"));
-        otherFiles = widget.findChild<QListWidget*>(QStringLiteral("otherFiles"));
+        otherFiles = widget.findChild<QTreeWidget*>(QStringLiteral("otherFiles"));
         ok = ok && filter && core && extensions && details && notice && restart && otherFiles;
     }
     ~Screen() { Zelvane::PluginController::instance()->shutdown(); }
@@ -100,11 +136,34 @@ public:
     QTextBrowser* details = nullptr;
     QWidget* notice = nullptr;
     QPushButton* restart = nullptr;
-    QListWidget* otherFiles = nullptr;
+    QTreeWidget* otherFiles = nullptr;
 };
 
 const QStringList folder { "zt_core", "zt_inspect_altcore", "zt_viewer", "zt_storage",
                            "zt_notaplugin" };
+
+// Beside the Core and Extension plugins, files of three other categories (two of one,
+// one of none) and two refused files: not a plugin, and a plugin of another host.
+const QStringList otherCategories { "zt_core",
+                                    "zt_viewer",
+                                    "zt_storage",
+                                    "zt_inspect_tool",
+                                    "zt_inspect_tool=libzt_tool2.so",
+                                    "zt_loading_sidebar",
+                                    "zt_discovery_loose",
+                                    "zt_notaplugin",
+                                    "zt_discovery_stranger" };
+
+// Texts no screen was laid out for: a name in three scripts and emoji with a 100 KB
+// description, a description of 1 MiB without a space, 10,000 dependencies, and a
+// category named with a word of 600 characters.
+const QStringList worldwide { "zt_core",
+                              "zt_viewer",
+                              "zt_storage",
+                              "zt_widgets_worldwide",
+                              "zt_rel_hugedescription",
+                              "zt_rel_manydependencies",
+                              "zt_widgets_farcategory" };
 
 } // namespace
 
@@ -121,6 +180,11 @@ private slots:
     void arrowsMoveBetweenTheLists();
     void detailsOfAPluginThatWillNotLoad();
     void detailsOfARefusedFile();
+    void otherCategoriesGroupedByCategory();
+    void filterReachesEveryGroup();
+    void longTextsKeepTheWindowOnTheScreen();
+    void longTextsAreElidedInTheListsAndWrappedInTheDetails();
+    void aTickKeepsTheReadersPlace();
     void dialogClosesAndRelaysRestart();
     void screenshot();
 };
@@ -131,8 +195,10 @@ void tst_PluginsWidget::groupsAndAccessibleNames()
     QVERIFY(screen.ok);
     QCOMPARE(rows(screen.core), QStringList({ "AltCore", "[Core]" }));
     QCOMPARE(rows(screen.extensions), QStringList({ "[Viewer]", "[Storage]" }));
-    QCOMPARE(screen.otherFiles->count(), 1);
-    QCOMPARE(screen.otherFiles->item(0)->text(), QStringLiteral("libzt_notaplugin.so"));
+    QCOMPARE(groups(screen.otherFiles).value(0),
+             QStringLiteral("+ Refused by the library: 1 file"));
+    QCOMPARE(groups(screen.otherFiles).size(), 2);
+    QVERIFY(groups(screen.otherFiles).value(1).startsWith("    libzt_notaplugin.so | "));
     QCOMPARE(screen.notice->isVisible(), false);
     QCOMPARE(screen.widget.isRestartNeeded(), false);
 
@@ -323,7 +389,7 @@ void tst_PluginsWidget::detailsOfARefusedFile()
 {
     Screen screen(folder);
     QVERIFY(screen.ok);
-    screen.otherFiles->setCurrentRow(0);
+    screen.otherFiles->setCurrentItem(otherFile(screen.otherFiles, "libzt_notaplugin.so"));
     const QString path = QDir(screen.scenario.pluginDir()).absoluteFilePath("libzt_notaplugin.so");
     QCOMPARE(screen.details->toPlainText(),
              QStringLiteral("libzt_notaplugin.so\n"
@@ -331,6 +397,202 @@ void tst_PluginsWidget::detailsOfARefusedFile()
                             "plugin (no string IID found).\n"
                             "File: %1")
                  .arg(path));
+}
+
+void tst_PluginsWidget::otherCategoriesGroupedByCategory()
+{
+    Screen screen(otherCategories);
+    QVERIFY(screen.ok);
+    const QString stranger
+        = QDir(screen.scenario.pluginDir()).absoluteFilePath("libzt_discovery_stranger.so");
+    const QString notAPlugin
+        = QDir(screen.scenario.pluginDir()).absoluteFilePath("libzt_notaplugin.so");
+    // In the order the folder lists each category's first file; the refused ones last.
+    // Every group starts closed.
+    const QStringList closed {
+        "+ No category: 1 file",
+        "    Loose | Will not load: its category \"\" is neither Core nor Extension.",
+        "+ Category \"Tool\": 2 files",
+        "    Tool | Will not load: its category \"Tool\" is neither Core nor Extension.",
+        "    Tool | Will not load: its category \"Tool\" is neither Core nor Extension.",
+        "+ Category \"Sidebar\": 1 file",
+        "    Sidebar | Will not load: its category \"Sidebar\" is neither Core nor Extension.",
+        "+ Refused by the library: 2 files",
+        QStringLiteral("    libzt_discovery_stranger.so | Will not load: the library refuses the "
+                       "file: %1 plugin ignored (IID does not match).")
+            .arg(stranger),
+        QStringLiteral("    libzt_notaplugin.so | Will not load: the library refuses the file: "
+                       "%1 is not a plugin (no string IID found).")
+            .arg(notAPlugin),
+    };
+    QCOMPARE(groups(screen.otherFiles), closed);
+
+    // A group's row explains nothing; a file's row shows the file.
+    screen.otherFiles->setFocus();
+    screen.otherFiles->setCurrentItem(screen.otherFiles->topLevelItem(1));
+    QCOMPARE(screen.widget.currentPlugin(), QString());
+    QTest::keyClick(screen.otherFiles, Qt::Key_Right);
+    QTest::keyClick(screen.otherFiles, Qt::Key_Down);
+    QTest::keyClick(screen.otherFiles, Qt::Key_Down);
+    QCOMPARE(screen.widget.currentPlugin(), QStringLiteral("Tool"));
+    QCOMPARE(screen.details->toPlainText(),
+             QStringLiteral("Tool\n"
+                            "Of a category that is never loaded\n"
+                            "State: Will not load: its category \"Tool\" is neither Core nor "
+                            "Extension.\n"
+                            "Needs: nothing\n"
+                            "Needed by: nothing\n"
+                            "File: %1")
+                 .arg(QDir(screen.scenario.pluginDir()).absoluteFilePath("libzt_tool2.so")));
+
+    // What the user opened stays open across a tick, and the current file stays current.
+    QVERIFY(screen.extensions->model()->setData(indexOf(screen.extensions, "Viewer"), Qt::Unchecked,
+                                                Qt::CheckStateRole));
+    QCoreApplication::processEvents(); // the screen reads the saved selection
+    QStringList opened = closed;
+    opened[2] = "- Category \"Tool\": 2 files";
+    QCOMPARE(groups(screen.otherFiles), opened);
+    QCOMPARE(screen.otherFiles->currentItem()->data(0, Qt::UserRole).toString(),
+             QDir(screen.scenario.pluginDir()).absoluteFilePath("libzt_tool2.so"));
+    QCOMPARE(screen.widget.currentPlugin(), QStringLiteral("Tool"));
+}
+
+void tst_PluginsWidget::filterReachesEveryGroup()
+{
+    Screen screen(otherCategories);
+    QVERIFY(screen.ok);
+    // Descriptions, whatever the case the user types in: the groups that hold a match
+    // open, with their counts of what is shown.
+    screen.widget.setFilterText(QStringLiteral("CaTeGoRy"));
+    QCOMPARE(groups(screen.otherFiles),
+             QStringList({
+                 "- No category: 1 file",
+                 "    Loose | Will not load: its category \"\" is neither Core nor Extension.",
+                 "- Category \"Tool\": 2 files",
+                 "    Tool | Will not load: its category \"Tool\" is neither Core nor Extension.",
+                 "    Tool | Will not load: its category \"Tool\" is neither Core nor Extension.",
+                 "- Category \"Sidebar\": 1 file",
+                 "    Sidebar | Will not load: its category \"Sidebar\" is neither Core nor "
+                 "Extension.",
+             }));
+    QCOMPARE(rows(screen.core), QStringList());
+    QCOMPARE(rows(screen.extensions), QStringList());
+
+    // Names, of plugins and of refused files alike.
+    screen.filter->clear();
+    QTest::keyClicks(screen.filter, QStringLiteral("sIDEbar"));
+    QCOMPARE(groups(screen.otherFiles),
+             QStringList({ "- Category \"Sidebar\": 1 file",
+                           "    Sidebar | Will not load: its category \"Sidebar\" is neither "
+                           "Core nor Extension." }));
+    screen.filter->clear();
+    QTest::keyClicks(screen.filter, QStringLiteral("LibZT_NotA"));
+    QCOMPARE(groups(screen.otherFiles).value(0),
+             QStringLiteral("- Refused by the library: 1 file"));
+    QCOMPARE(groups(screen.otherFiles).size(), 2);
+    QVERIFY(groups(screen.otherFiles).value(1).startsWith("    libzt_notaplugin.so | "));
+    screen.filter->clear();
+    QTest::keyClicks(screen.filter, QStringLiteral("sTRANGER"));
+    QCOMPARE(groups(screen.otherFiles).value(0),
+             QStringLiteral("- Refused by the library: 1 file"));
+    QVERIFY(groups(screen.otherFiles).value(1).startsWith("    libzt_discovery_stranger.so | "));
+
+    // Nothing matches: no group, no label.
+    screen.filter->clear();
+    QTest::keyClicks(screen.filter, QStringLiteral("no such plugin"));
+    QCOMPARE(groups(screen.otherFiles), QStringList());
+    QVERIFY(!screen.otherFiles->isVisible());
+    // Cleared: every group again, closed.
+    screen.filter->clear();
+    QCOMPARE(groups(screen.otherFiles).size(), 10);
+    QVERIFY(screen.otherFiles->isVisible());
+    QCOMPARE(screen.otherFiles->topLevelItem(0)->isExpanded(), false);
+}
+
+// However long the texts of a folder, the screen asks for no more room than a screen
+// has, and a dialog made from it fits.
+void tst_PluginsWidget::longTextsKeepTheWindowOnTheScreen()
+{
+    Screen screen(worldwide);
+    QVERIFY(screen.ok);
+    const QSize available = screen.widget.screen()->availableGeometry().size();
+    const QString longName
+        = nameOfFile(screen.widget.diagnostics(), QStringLiteral("libzt_widgets_worldwide.so"));
+    QVERIFY(longName.size() > 400);
+    for (const QString& name :
+         { longName, QStringLiteral("HugeDescription"), QStringLiteral("ManyDependencies"),
+           QStringLiteral("FarCategory") }) {
+        screen.widget.setCurrentPlugin(name);
+        QCOMPARE(screen.widget.currentPlugin(), name);
+        for (const QSize& hint : { screen.widget.sizeHint(), screen.widget.minimumSizeHint() }) {
+            QVERIFY2(hint.width() <= available.width() && hint.height() <= available.height(),
+                     qPrintable(QStringLiteral("%1: %2x%3 on a screen of %4x%5")
+                                    .arg(name.left(20))
+                                    .arg(hint.width())
+                                    .arg(hint.height())
+                                    .arg(available.width())
+                                    .arg(available.height())));
+        }
+    }
+    Zelvane::PluginsDialog dialog(QDir(screen.scenario.pluginDir()));
+    dialog.pluginsWidget()->setCurrentPlugin(longName);
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&dialog));
+    QVERIFY(dialog.width() <= available.width());
+    QVERIFY(dialog.height() <= available.height());
+}
+
+void tst_PluginsWidget::longTextsAreElidedInTheListsAndWrappedInTheDetails()
+{
+    Screen screen(worldwide);
+    QVERIFY(screen.ok);
+    const QString longName
+        = nameOfFile(screen.widget.diagnostics(), QStringLiteral("libzt_widgets_worldwide.so"));
+    QVERIFY(longName.size() > 400);
+
+    // The lists: no row wider than its list, so none scrolls sideways, and the view
+    // elides what does not fit.
+    const QModelIndex row = indexOf(screen.extensions, longName);
+    QVERIFY(row.isValid());
+    QVERIFY(screen.extensions->visualRect(row).width() <= screen.extensions->viewport()->width());
+    QCOMPARE(screen.extensions->horizontalScrollBar()->maximum(), 0);
+    QCOMPARE(screen.extensions->textElideMode(), Qt::ElideRight);
+    QTreeWidgetItem* far = otherFile(screen.otherFiles, "FarCategory");
+    QVERIFY(far);
+    screen.otherFiles->expandAll();
+    QCOMPARE(screen.otherFiles->horizontalScrollBar()->maximum(), 0);
+    QVERIFY(far->parent()->text(0).size() > 600);
+    QCOMPARE(far->parent()->toolTip(0), far->parent()->text(0));
+
+    // The details pane wraps every text, words of any script and a word of 1 MiB alike.
+    for (const QString& name :
+         { longName, QStringLiteral("HugeDescription"), QStringLiteral("ManyDependencies") }) {
+        screen.widget.setCurrentPlugin(name);
+        QCOMPARE(screen.widget.currentPlugin(), name);
+        QCOMPARE(screen.details->horizontalScrollBar()->maximum(), 0);
+        QVERIFY(screen.details->document()->size().width() <= screen.details->viewport()->width());
+    }
+    screen.widget.setCurrentPlugin(longName);
+    QVERIFY(screen.details->toPlainText().startsWith(longName + QLatin1Char('\n')));
+}
+
+// Reading down a long explanation while ticking another plugin: the pane stays where
+// the reader is, since what it says has not changed.
+void tst_PluginsWidget::aTickKeepsTheReadersPlace()
+{
+    Screen screen(worldwide);
+    QVERIFY(screen.ok);
+    screen.widget.setCurrentPlugin(QStringLiteral("ManyDependencies"));
+    QScrollBar* scroll = screen.details->verticalScrollBar();
+    QVERIFY(scroll->maximum() > 1000);
+    scroll->setValue(scroll->maximum() / 2);
+    const int where = scroll->value();
+    QVERIFY(screen.extensions->model()->setData(indexOf(screen.extensions, "Storage"),
+                                                Qt::Unchecked, Qt::CheckStateRole));
+    QCoreApplication::processEvents(); // the screen reads the saved selection
+    QCOMPARE(rows(screen.extensions).contains("Viewer"), true);
+    QCOMPARE(screen.widget.currentPlugin(), QStringLiteral("ManyDependencies"));
+    QCOMPARE(scroll->value(), where);
 }
 
 void tst_PluginsWidget::dialogClosesAndRelaysRestart()

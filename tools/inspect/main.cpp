@@ -6,6 +6,7 @@
 #include "inspection.h"
 #include "permissions.h"
 #include "report.h"
+#include "requirement.h"
 #include "timeline.h"
 #include "trialreport.h"
 
@@ -87,7 +88,7 @@ int main(int argc, char* argv[])
         "It warns about a plugin folder or file that users other than the host's can write.\n"
         "Exit status: 0; 1 when loading would fail for want of a Core plugin or would drop a "
         "plugin (with --trial: when not every plugin started, or with --shutdown one failed to "
-        "unload); 2 for a usage error or a file "
+        "unload, or a plugin named with --require did not start); 2 for a usage error or a file "
         "that cannot be written."));
     parser.addHelpOption();
     parser.addPositionalArgument(QStringLiteral("DIR"), QObject::tr("The plugin directory."));
@@ -131,21 +132,30 @@ int main(int argc, char* argv[])
         QObject::tr("Write the dependency graph to FILE: Graphviz DOT, or rendered by dot for "
                     ".svg and .png."),
         QObject::tr("FILE"));
+    const QCommandLineOption requireOption(
+        QStringLiteral("require"),
+        QObject::tr("With --trial: fail unless the plugin in FILE (a file name in DIR) starts, "
+                    "and say why it did not: the step and cause, or why it is not loaded at "
+                    "all. Without --iid, the IID that this plugin declares. Repeatable."),
+        QObject::tr("FILE"));
     parser.addOptions({ iidOption, settingsOption, jsonOption, trialOption, isolateOption,
-                        timeoutOption, argOption, shutdownOption, timelineOption, graphOption });
+                        timeoutOption, argOption, shutdownOption, requireOption, timelineOption,
+                        graphOption });
     parser.process(app);
 
     QTextStream err(stderr);
     const QStringList positional = parser.positionalArguments();
     const bool trial = parser.isSet(trialOption) || parser.isSet(timelineOption);
     const bool trialOnlyOptions = parser.isSet(isolateOption) || parser.isSet(timeoutOption)
-        || parser.isSet(argOption) || parser.isSet(shutdownOption);
+        || parser.isSet(argOption) || parser.isSet(shutdownOption) || parser.isSet(requireOption);
     bool timeoutValid = false;
     const int timeout = parser.value(timeoutOption).toInt(&timeoutValid);
-    if (positional.size() != 1 || !parser.isSet(iidOption) || (trialOnlyOptions && !trial)
-        || !timeoutValid || timeout <= 0) {
+    const QStringList required = parser.values(requireOption);
+    if (positional.size() != 1 || (!parser.isSet(iidOption) && required.isEmpty())
+        || (trialOnlyOptions && !trial) || !timeoutValid || timeout <= 0) {
         err << QObject::tr("usage: zelvane-inspect DIR --iid IID [--settings FILE] [--json] "
-                           "[--trial [--isolate] [--shutdown] [--timeout S] [--arg NAME=VALUE]...] "
+                           "[--trial [--isolate] [--shutdown] [--timeout S] [--arg NAME=VALUE]... "
+                           "[--require FILE]...] "
                            "[--timeline FILE] [--graph FILE]")
             << Qt::endl;
         return 2;
@@ -164,8 +174,13 @@ int main(int argc, char* argv[])
                                               : settingsFile,
                        QSettings::IniFormat);
 
+    // A plugin's trial test may leave the IID to the plugin under test: it then checks
+    // everything but whether that IID is the host's.
+    const QString iid = parser.isSet(iidOption)
+        ? parser.value(iidOption)
+        : ZelvaneInspect::declaredIid(QDir(directory).filePath(required.constFirst()));
     const ZelvaneInspect::Inspection inspection = ZelvaneInspect::inspect(
-        directory, parser.value(iidOption), &settings,
+        directory, iid, &settings,
         settingsFile.isEmpty() ? QString() : QFileInfo(settingsFile).absoluteFilePath());
 
     const QStringList warnings = ZelvaneInspect::permissionWarnings(directory, ::geteuid());
@@ -223,7 +238,15 @@ int main(int argc, char* argv[])
             err << QObject::tr("zelvane-inspect: warning: %1").arg(warning) << Qt::endl;
     }
     out.flush();
-    if (trial)
-        return trialReport.everyPluginStarted() && trialReport.shutdownCulprits().isEmpty() ? 0 : 1;
+    const QStringList failures = ZelvaneInspect::requirementFailures(required, inspection.directory,
+                                                                     &settings, trialReport);
+    for (const QString& failure : failures)
+        err << QObject::tr("zelvane-inspect: %1").arg(failure) << Qt::endl;
+    if (trial) {
+        return trialReport.everyPluginStarted() && trialReport.shutdownCulprits().isEmpty()
+                && failures.isEmpty()
+            ? 0
+            : 1;
+    }
     return inspection.hasProblems() ? 1 : 0;
 }

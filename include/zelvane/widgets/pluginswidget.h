@@ -20,7 +20,9 @@ class PluginsWidgetPrivate;
 /// buttons) and "Extensions" (check boxes), with a filter field that matches names and
 /// descriptions ignoring case, and a details pane for the current plugin: what it needs
 /// and what needs it, the command-line options it declares, its file, and whether it is
-/// loaded now, loads at the next start, or will not load and why. Every tick goes
+/// loaded now, loads at the next start, or will not load and why. The folder's other
+/// files, of other categories or refused, are listed apart, grouped by category with
+/// the refused files in a group of their own, each with its reason. Every tick goes
 /// through the model, so it follows the dependencies and is saved at once; when the saved
 /// selection differs from what is running, a notice says that changes apply at the next
 /// start, with a "Restart now" button when the host offers one (restartOffered).

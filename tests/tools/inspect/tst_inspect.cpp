@@ -614,8 +614,8 @@ void tst_Inspect::usageErrors_data()
 
     const QString usage
         = QStringLiteral("usage: zelvane-inspect DIR --iid IID [--settings FILE] [--json] "
-                         "[--trial [--isolate] [--shutdown] [--timeout S] [--arg NAME=VALUE]...] "
-                         "[--timeline FILE] [--graph FILE]\n");
+                         "[--trial [--isolate] [--shutdown] [--timeout S] [--arg NAME=VALUE]... "
+                         "[--require FILE]...] [--timeline FILE] [--graph FILE]\n");
     QTest::newRow("no IID") << QStringList { QStringLiteral("@DIR@") } << usage;
     QTest::newRow("no folder") << QStringList { QStringLiteral("--iid"), iid } << usage;
     QTest::newRow("two folders") << QStringList { QStringLiteral("@DIR@"), QStringLiteral("@DIR@"),
@@ -624,6 +624,10 @@ void tst_Inspect::usageErrors_data()
     QTest::newRow("--isolate without --trial")
         << QStringList { QStringLiteral("@DIR@"), QStringLiteral("--iid"), iid,
                          QStringLiteral("--isolate") }
+        << usage;
+    QTest::newRow("--require without --trial")
+        << QStringList { QStringLiteral("@DIR@"), QStringLiteral("--require"),
+                         QStringLiteral("libzt_core.so") }
         << usage;
     QTest::newRow("a timeout that is not a number") << QStringList {
         QStringLiteral("@DIR@"),   QStringLiteral("--iid"),     iid,

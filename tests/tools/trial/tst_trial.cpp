@@ -65,6 +65,9 @@ private slots:
     void report();
     void json();
     void jsonShutdown();
+    void require_data();
+    void require();
+    void requireWithoutIid();
     void timeline();
     void svgTimeline();
     void shutdownTimeline();
@@ -272,6 +275,78 @@ void tst_Trial::report()
     QCOMPARE(trialSection(result.out), expected);
     QCOMPARE(result.err, QString());
     QCOMPARE(result.exitCode, exitCode);
+}
+
+void tst_Trial::require_data()
+{
+    QTest::addColumn<QStringList>("plugins");
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<QString>("error");
+    QTest::addColumn<int>("exitCode");
+
+    QTest::newRow("it starts") << QStringList { QStringLiteral("zt_core"),
+                                                QStringLiteral("zt_storage") }
+                               << QStringLiteral("libzt_storage.so") << QString() << 0;
+    QTest::newRow("it crashes in initialize()")
+        << QStringList { QStringLiteral("zt_core"), QStringLiteral("zt_trial_segv") }
+        << QStringLiteral("libzt_trial_segv.so")
+        << QStringLiteral("zelvane-inspect: libzt_trial_segv.so (Segv) did not start: crashed in "
+                          "initialize(): signal SIGSEGV (Segmentation fault)\n")
+        << 1;
+    QTest::newRow("the plugin before it crashes")
+        << QStringList { QStringLiteral("zt_core"), QStringLiteral("zt_storage"),
+                         QStringLiteral("zt_trial_segv") }
+        << QStringLiteral("libzt_storage.so")
+        << QStringLiteral("zelvane-inspect: libzt_storage.so (Storage) did not start: ") + notTried
+            + QLatin1Char('\n')
+        << 1;
+    // Every plugin that the trial loads starts: only --require tells that one is missing.
+    QTest::newRow("its dependency is missing")
+        << QStringList { QStringLiteral("zt_core"), QStringLiteral("zt_viewer") }
+        << QStringLiteral("libzt_viewer.so")
+        << QStringLiteral("zelvane-inspect: libzt_viewer.so (Viewer) was not loaded: Will not "
+                          "load: its dependencies cannot be met. Needs Storage, which is not in "
+                          "the plugin folder.\n")
+        << 1;
+    QTest::newRow("the folder has no Core plugin")
+        << QStringList { QStringLiteral("zt_storage") } << QStringLiteral("libzt_storage.so")
+        << QStringLiteral("zelvane-inspect: libzt_storage.so (Storage) was not loaded: Will not "
+                          "load: the plugin folder has no Core plugin.\n")
+        << 1;
+    QTest::newRow("not in the folder")
+        << QStringList { QStringLiteral("zt_core") } << QStringLiteral("libzt_storage.so")
+        << QStringLiteral("zelvane-inspect: libzt_storage.so is not in @DIR@\n") << 1;
+}
+
+void tst_Trial::require()
+{
+    QFETCH(QStringList, plugins);
+    QFETCH(QString, file);
+    QFETCH(QString, error);
+    QFETCH(int, exitCode);
+
+    QTemporaryDir folder;
+    QVERIFY(ZelvaneTest::copyPlugins(folder.path(), plugins));
+    const Result result
+        = inspect({ folder.path(), QStringLiteral("--iid"), iid, QStringLiteral("--trial"),
+                    QStringLiteral("--shutdown"), QStringLiteral("--require"), file });
+    QCOMPARE(result.err, QString(error).replace(QStringLiteral("@DIR@"), folder.path()));
+    QCOMPARE(result.exitCode, exitCode);
+}
+
+void tst_Trial::requireWithoutIid()
+{
+    // The IID that the required plugin declares: it loads as a host of that IID would
+    // load it, and a plugin of another IID beside it is refused.
+    QTemporaryDir folder;
+    QVERIFY(ZelvaneTest::copyPlugins(folder.path(),
+                                     { QStringLiteral("zt_core"), QStringLiteral("zt_storage") }));
+    const Result result
+        = inspect({ folder.path(), QStringLiteral("--trial"), QStringLiteral("--require"),
+                    QStringLiteral("libzt_storage.so") });
+    QCOMPARE(result.err, QString());
+    QCOMPARE(result.exitCode, 0);
+    QVERIFY2(result.out.contains(QStringLiteral("IID: ") + iid), qPrintable(result.out));
 }
 
 void tst_Trial::json()
