@@ -434,6 +434,33 @@
     </message>
 </context>
 <context>
+    <name>Zelvane::PluginPresentation</name>
+    <message>
+        <source>Refused by the library: 1 file</source>
+        <translation>Von der Bibliothek zurückgewiesen: 1 Datei</translation>
+    </message>
+    <message>
+        <source>Refused by the library: %1 files</source>
+        <translation>Von der Bibliothek zurückgewiesen: %1 Dateien</translation>
+    </message>
+    <message>
+        <source>No category: 1 file</source>
+        <translation>Ohne Kategorie: 1 Datei</translation>
+    </message>
+    <message>
+        <source>No category: %1 files</source>
+        <translation>Ohne Kategorie: %1 Dateien</translation>
+    </message>
+    <message>
+        <source>Category &quot;%1&quot;: 1 file</source>
+        <translation>Kategorie „%1“: 1 Datei</translation>
+    </message>
+    <message>
+        <source>Category &quot;%1&quot;: %2 files</source>
+        <translation>Kategorie „%1“: %2 Dateien</translation>
+    </message>
+</context>
+<context>
     <name>Zelvane::PluginsDialog</name>
     <message>
         <source>Plugins</source>
@@ -506,32 +533,13 @@
         <source>Plugins</source>
         <translation>Plugins</translation>
     </message>
-</context>
-<context>
-    <name>Zelvane::QmlPlugins</name>
     <message>
-        <source>Refused by the library: 1 file</source>
-        <translation>Von der Bibliothek zurückgewiesen: 1 Datei</translation>
+        <source>File</source>
+        <translation>Datei</translation>
     </message>
     <message>
-        <source>Refused by the library: %1 files</source>
-        <translation>Von der Bibliothek zurückgewiesen: %1 Dateien</translation>
-    </message>
-    <message>
-        <source>No category: 1 file</source>
-        <translation>Ohne Kategorie: 1 Datei</translation>
-    </message>
-    <message>
-        <source>No category: %1 files</source>
-        <translation>Ohne Kategorie: %1 Dateien</translation>
-    </message>
-    <message>
-        <source>Category &quot;%1&quot;: 1 file</source>
-        <translation>Kategorie „%1“: 1 Datei</translation>
-    </message>
-    <message>
-        <source>Category &quot;%1&quot;: %2 files</source>
-        <translation>Kategorie „%1“: %2 Dateien</translation>
+        <source>Reason</source>
+        <translation>Grund</translation>
     </message>
 </context>
 <context>

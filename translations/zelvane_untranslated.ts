@@ -434,6 +434,33 @@
     </message>
 </context>
 <context>
+    <name>Zelvane::PluginPresentation</name>
+    <message>
+        <source>Refused by the library: 1 file</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Refused by the library: %1 files</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>No category: 1 file</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>No category: %1 files</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Category &quot;%1&quot;: 1 file</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Category &quot;%1&quot;: %2 files</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
     <name>Zelvane::PluginsDialog</name>
     <message>
         <source>Plugins</source>
@@ -506,31 +533,12 @@
         <source>Plugins</source>
         <translation type="unfinished"></translation>
     </message>
-</context>
-<context>
-    <name>Zelvane::QmlPlugins</name>
     <message>
-        <source>Refused by the library: 1 file</source>
+        <source>File</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>Refused by the library: %1 files</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>No category: 1 file</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>No category: %1 files</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Category &quot;%1&quot;: 1 file</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Category &quot;%1&quot;: %2 files</source>
+        <source>Reason</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
