@@ -15,9 +15,9 @@
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QLineEdit>
 #include <QtWidgets/QListView>
-#include <QtWidgets/QListWidget>
 #include <QtWidgets/QPushButton>
 #include <QtWidgets/QTextBrowser>
+#include <QtWidgets/QTreeWidget>
 
 namespace {
 
@@ -193,9 +193,12 @@ void tst_Translations::pluginsWidgetSpeaksGerman()
 
         // The library's own refusal stays English inside the German sentence: its texts
         // are not in the components' catalogue.
-        auto* otherFiles = widget.findChild<QListWidget*>(QStringLiteral("otherFiles"));
+        auto* otherFiles = widget.findChild<QTreeWidget*>(QStringLiteral("otherFiles"));
         QVERIFY(otherFiles);
-        otherFiles->setCurrentRow(0);
+        const QList<QTreeWidgetItem*> refused = otherFiles->findItems(
+            QStringLiteral("libzt_notaplugin.so"), Qt::MatchExactly | Qt::MatchRecursive);
+        QCOMPARE(refused.size(), 1);
+        otherFiles->setCurrentItem(refused.first());
         QCOMPARE(details->toPlainText(),
                  QStringLiteral("libzt_notaplugin.so\n"
                                 "Zustand: Wird nicht geladen: die Bibliothek weist die Datei "
