@@ -21,12 +21,15 @@ ROOT=$(pwd)
 JOBS=${JOBS:-2}
 
 # Debian packages the build and the tests need. Checked one by one, so a machine that
-# has them all installs nothing and needs no network.
+# has them all installs nothing and needs no network. qt6-tools-dev and qt6-l10n-tools
+# are Qt's Linguist tools, which compile the components' translations; the demo's German
+# screenshot takes Qt's own texts (its standard buttons) from qt6-translations-l10n.
 PACKAGES=(cmake ninja-build g++ pkgconf qt6-base-dev libgl-dev qt6-svg-dev
     qt6-declarative-dev qml6-module-qtquick qml6-module-qtquick-window
     qml6-module-qtqml-workerscript qml6-module-qtquick-controls qml6-module-qtquick-layouts
     qml6-module-qtquick-templates qml6-module-qtqml-models qml6-module-qttest
-    fonts-dejavu-core dpkg-dev file abigail-tools doxygen)
+    fonts-dejavu-core dpkg-dev file abigail-tools doxygen qt6-tools-dev qt6-l10n-tools
+    qt6-translations-l10n)
 
 # What ./build.sh package needs beyond the build: lintian and the manual page writer.
 PACKAGE_TOOLS=(lintian help2man)
@@ -98,6 +101,7 @@ run_demo() {
     echo "  $out/editor-focus.png     (the editor with Focus as its core plugin)"
     echo "  $out/plugins-dialog.png   (the plugins screen, --show plugins --select Spellcheck)"
     echo "  $out/plugins-qml.png      (the same in QML, --qml)"
+    echo "  $out/plugins-de.png       (the plugins screen under LANGUAGE=de)"
     echo "Plugin selection of the demo: $settings"
     echo "Inspect the plugin folder:    $ROOT/build/tools/inspect/zelvane-inspect $ROOT/build/examples/plugins --iid org.zelvane.DocumentEditor/1.0 --settings $settings"
     echo

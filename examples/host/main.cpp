@@ -16,6 +16,7 @@
 
 #include <zelvane/diagnostics/pluginbisect.h>
 #include <zelvane/diagnostics/safestart.h>
+#include <zelvane/diagnostics/translations.h>
 #include <zelvane/objectpool.h>
 #include <zelvane/plugincontroller.h>
 #include <zelvane/pluginscaterogies.h>
@@ -24,9 +25,11 @@
 #include <QtCore/QCommandLineParser>
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
+#include <QtCore/QLibraryInfo>
 #include <QtCore/QProcess>
 #include <QtCore/QSettings>
 #include <QtCore/QTextStream>
+#include <QtCore/QTranslator>
 #include <QtGui/QImage>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QMessageBox>
@@ -154,6 +157,15 @@ int main(int argc, char* argv[])
     QApplication app(argc, argv);
     QApplication::setOrganizationName(QStringLiteral("Zelvane"));
     QApplication::setApplicationName(QStringLiteral("zelvane-demo"));
+    // The plugin screens follow the system's language (LANGUAGE=de, LANG=de_DE.UTF-8);
+    // without a catalogue for it they stay English. Qt's own texts, such as the
+    // dialog's standard Close button, come from Qt's catalogue (Debian:
+    // qt6-translations-l10n), when it is installed.
+    Zelvane::installTranslations();
+    auto* qtTranslator = new QTranslator(&app);
+    if (qtTranslator->load(QLocale(), QStringLiteral("qtbase"), QStringLiteral("_"),
+                           QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+        QCoreApplication::installTranslator(qtTranslator);
 #ifdef ZELVANE_DEMO_QML
     // The offscreen platform has no GPU context; Qt Quick's software renderer draws
     // the page there.

@@ -31,13 +31,19 @@ file(MAKE_DIRECTORY "${SCRATCH_DIR}" "${OUTPUT_DIR}")
 file(COPY "${CMAKE_CURRENT_LIST_DIR}/all.ini" "${CMAKE_CURRENT_LIST_DIR}/focus.ini"
     "${CMAKE_CURRENT_LIST_DIR}/no-documents.ini" DESTINATION "${SCRATCH_DIR}")
 
-# render(<png> <settings file> [options...] [DOCUMENTS files...])
+# render(<png> <settings file> [options...] [LANGUAGE <language>] [DOCUMENTS files...])
 # The demo's log lines (which plugins it loads) are not what a screenshot run is
 # about; they show only when the demo fails.
 function(render png settings)
-    cmake_parse_arguments(PARSE_ARGV 2 arg "" "" DOCUMENTS)
+    cmake_parse_arguments(PARSE_ARGV 2 arg "" "LANGUAGE" DOCUMENTS)
+    # The demo follows the system's language; every screenshot names its own, so that
+    # the build machine's locale never shows.
+    if(NOT arg_LANGUAGE)
+        set(arg_LANGUAGE C)
+    endif()
     execute_process(
-        COMMAND "${DEMO}" --settings "${SCRATCH_DIR}/${settings}" ${arg_UNPARSED_ARGUMENTS}
+        COMMAND "${CMAKE_COMMAND}" -E env "LANGUAGE=${arg_LANGUAGE}" "LC_ALL=C.UTF-8"
+            "${DEMO}" --settings "${SCRATCH_DIR}/${settings}" ${arg_UNPARSED_ARGUMENTS}
             --screenshot "${OUTPUT_DIR}/${png}" ${arg_DOCUMENTS}
         RESULT_VARIABLE result
         ERROR_VARIABLE errors)
@@ -50,6 +56,8 @@ render(editor.png all.ini --show file-menu
     DOCUMENTS "${samples}/notes.txt" "${samples}/welcome.txt")
 render(editor-focus.png focus.ini DOCUMENTS "${samples}/welcome.txt")
 render(plugins-dialog.png no-documents.ini --show plugins --select Spellcheck)
+# The same screen under a German locale, with the components' German catalogue.
+render(plugins-de.png no-documents.ini --show plugins --select Spellcheck LANGUAGE de)
 if(QML)
     render(plugins-qml.png no-documents.ini --qml --show plugins --select Spellcheck)
 endif()
