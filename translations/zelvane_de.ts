@@ -43,6 +43,14 @@
         <source>Restart now</source>
         <translation>Jetzt neu starten</translation>
     </message>
+    <message>
+        <source>Find a problem plugin...</source>
+        <translation>Problem-Plugin finden …</translation>
+    </message>
+    <message>
+        <source>Find a problem plugin</source>
+        <translation>Problem-Plugin finden</translation>
+    </message>
 </context>
 <context>
     <name>QObject</name>
@@ -211,9 +219,14 @@
         <source>The application did not start during the plugin bisect. Your plugin selection is back as it was.</source>
         <translation>Die Anwendung ist während der Plugin-Eingrenzung nicht gestartet. Ihre Plugin-Auswahl ist wieder wie zuvor.</translation>
     </message>
-</context>
-<context>
-    <name>Zelvane::PluginBisectWidget</name>
+    <message>
+        <source>Find a plugin that causes a problem</source>
+        <translation>Plugin finden, das ein Problem verursacht</translation>
+    </message>
+    <message>
+        <source>Tick the plugins to keep on, then start. Each step switches some plugins off and asks for a restart.</source>
+        <translation>Haken Sie die Plugins an, die eingeschaltet bleiben sollen, und starten Sie dann. Jeder Schritt schaltet einige Plugins aus und bittet um einen Neustart.</translation>
+    </message>
     <message>
         <source>Plugins to keep on</source>
         <translation>Plugins, die eingeschaltet bleiben</translation>
@@ -237,14 +250,6 @@
     <message>
         <source>Finish</source>
         <translation>Beenden</translation>
-    </message>
-    <message>
-        <source>Find a plugin that causes a problem</source>
-        <translation>Plugin finden, das ein Problem verursacht</translation>
-    </message>
-    <message>
-        <source>Tick the plugins to keep on, then start. Each step switches some plugins off and asks for a restart.</source>
-        <translation>Haken Sie die Plugins an, die eingeschaltet bleiben sollen, und starten Sie dann. Jeder Schritt schaltet einige Plugins aus und bittet um einen Neustart.</translation>
     </message>
 </context>
 <context>

@@ -43,6 +43,14 @@
         <source>Restart now</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>Find a problem plugin...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Find a problem plugin</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>QObject</name>
@@ -211,9 +219,14 @@
         <source>The application did not start during the plugin bisect. Your plugin selection is back as it was.</source>
         <translation type="unfinished"></translation>
     </message>
-</context>
-<context>
-    <name>Zelvane::PluginBisectWidget</name>
+    <message>
+        <source>Find a plugin that causes a problem</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Tick the plugins to keep on, then start. Each step switches some plugins off and asks for a restart.</source>
+        <translation type="unfinished"></translation>
+    </message>
     <message>
         <source>Plugins to keep on</source>
         <translation type="unfinished"></translation>
@@ -236,14 +249,6 @@
     </message>
     <message>
         <source>Finish</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Find a plugin that causes a problem</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Tick the plugins to keep on, then start. Each step switches some plugins off and asks for a restart.</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
