@@ -51,6 +51,14 @@
         <source>Find a problem plugin</source>
         <translation>Problem-Plugin finden</translation>
     </message>
+    <message>
+        <source>Start-up...</source>
+        <translation>Programmstart...</translation>
+    </message>
+    <message>
+        <source>Start-up</source>
+        <translation>Programmstart</translation>
+    </message>
 </context>
 <context>
     <name>QObject</name>
@@ -482,6 +490,14 @@
     <message>
         <source>Start-up</source>
         <translation>Programmstart</translation>
+    </message>
+    <message>
+        <source>Find a problem plugin...</source>
+        <translation>Problem-Plugin finden …</translation>
+    </message>
+    <message>
+        <source>Find a problem plugin</source>
+        <translation>Problem-Plugin finden</translation>
     </message>
 </context>
 <context>

@@ -51,6 +51,14 @@
         <source>Find a problem plugin</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>Start-up...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Start-up</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>QObject</name>
@@ -481,6 +489,14 @@
     </message>
     <message>
         <source>Start-up</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Find a problem plugin...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Find a problem plugin</source>
         <translation type="unfinished"></translation>
     </message>
 </context>

@@ -623,12 +623,19 @@ Pane {
             }
         }
 
-        // The way to the plugin bisect, for a problem that no error names.
+        // The ways to the host's last start, and to the plugin bisect for a problem that
+        // no error names; the same buttons, in the same words, as the widget's dialog.
         RowLayout {
             Layout.fillWidth: true
 
             Item {
                 Layout.fillWidth: true
+            }
+            Button {
+                objectName: "startup"
+                text: qsTr("Start-up...")
+                Accessible.name: qsTr("Start-up")
+                onClicked: startupDialog.open()
             }
             Button {
                 objectName: "findProblemPlugin"
@@ -662,6 +669,30 @@ Pane {
             focus: true
             source: "BisectPage.qml"
             onLoaded: (bisectLoader.item as BisectPage).restartRequested.connect(page.bisectRestart)
+        }
+    }
+
+    // The host's last start, read again at every opening: the profile changes only when
+    // the host loads its plugins again.
+    Dialog {
+        id: startupDialog
+
+        objectName: "startupDialog"
+        parent: page
+        width: page.width
+        height: page.height
+        modal: true
+        focus: true
+        title: startupLoader.item ? (startupLoader.item as StartupPage).title : ""
+        standardButtons: Dialog.Close
+
+        Loader {
+            id: startupLoader
+
+            objectName: "startupLoader"
+            anchors.fill: parent
+            active: startupDialog.visible
+            source: "StartupPage.qml"
         }
     }
 

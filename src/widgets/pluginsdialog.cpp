@@ -1,5 +1,7 @@
 #include <zelvane/widgets/pluginsdialog.h>
 
+#include <zelvane/plugincontroller.h>
+#include <zelvane/widgets/pluginbisectwidget.h>
 #include <zelvane/widgets/pluginswidget.h>
 #include <zelvane/widgets/startupprofileview.h>
 
@@ -22,6 +24,12 @@ PluginsDialog::PluginsDialog(QWidget* parent)
     startup->setObjectName(QStringLiteral("startupButton"));
     startup->setAccessibleName(tr("Start-up"));
     connect(startup, &QPushButton::clicked, this, &PluginsDialog::showStartupProfile);
+    // The same words as the QML page's button.
+    QPushButton* bisect
+        = buttons->addButton(tr("Find a problem plugin..."), QDialogButtonBox::ActionRole);
+    bisect->setObjectName(QStringLiteral("findProblemPlugin"));
+    bisect->setAccessibleName(tr("Find a problem plugin"));
+    connect(bisect, &QPushButton::clicked, this, &PluginsDialog::showPluginBisect);
     connect(m_widget, &PluginsWidget::restartRequested, this, &PluginsDialog::restartRequested);
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(m_widget, 1);
@@ -61,6 +69,33 @@ void PluginsDialog::showStartupProfile()
         window->resize(560, 360);
     } else {
         window->findChild<StartupProfileView*>()->refresh();
+    }
+    window->show();
+    window->raise();
+}
+
+void PluginsDialog::showPluginBisect()
+{
+    // One window, read again from the settings when asked again: where the bisect is
+    // lives there, and each of its steps ends in a restart.
+    auto* window = findChild<QDialog*>(QStringLiteral("bisectWindow"));
+    if (!window) {
+        window = new QDialog(this);
+        window->setObjectName(QStringLiteral("bisectWindow"));
+        auto* view = new PluginBisectWidget(PluginController::instance()->settings(),
+                                            m_widget->pluginDirectory(), window);
+        window->setWindowTitle(view->windowTitle());
+        window->setAccessibleName(view->windowTitle());
+        connect(view, &PluginBisectWidget::restartRequested, this,
+                &PluginsDialog::restartRequested);
+        auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, window);
+        connect(buttons, &QDialogButtonBox::rejected, window, &QDialog::reject);
+        auto* layout = new QVBoxLayout(window);
+        layout->addWidget(view, 1);
+        layout->addWidget(buttons);
+        window->resize(520, 400);
+    } else {
+        window->findChild<PluginBisectWidget*>()->refresh();
     }
     window->show();
     window->raise();

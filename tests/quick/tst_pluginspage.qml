@@ -487,6 +487,26 @@ Item {
         }
 
         // The picture of docs/quick.md, written by the C++ side when asked to.
+        // The host's last start, beside the plugins, as in the widget's dialog: Core,
+        // Viewer and Storage were loaded.
+        function test_startupReachedFromThePage() {
+            const button = child("startup")
+            compare(button.text, "Start-up...")
+            compare(button.Accessible.name, "Start-up")
+            mouseClick(button)
+            const dialog = child("startupDialog")
+            tryCompare(dialog, "opened", true)
+            const startup = child("startupLoader").item
+            verify(startup)
+            compare(dialog.title, "Start-up")
+            const summary = findChild(startup, "summary").text
+            verify(summary.startsWith("Started in "), summary)
+            verify(summary.includes(": 3 plugins, discovery "), summary)
+            compare(findChild(startup, "bars").count, 3)
+            dialog.close()
+            tryCompare(dialog, "visible", false)
+        }
+
         function test_screenshot() {
             page.currentPlugin = "AltCore"
             page.toggleGroup(otherRow("Sidebar"))

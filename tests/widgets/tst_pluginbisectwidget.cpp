@@ -5,10 +5,13 @@
 #include "../controller/loadingfixture.h"
 #include "settingsfixture.h"
 
+#include <zelvane/plugincontroller.h>
 #include <zelvane/widgets/PluginBisectWidget>
+#include <zelvane/widgets/PluginsDialog>
 
 #include <QtTest/QSignalSpy>
 #include <QtTest/QTest>
+#include <QtWidgets/QDialog>
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QListWidget>
 #include <QtWidgets/QPushButton>
@@ -52,6 +55,7 @@ private slots:
     void guidedFlow();
     void pinnedPluginsStayOn();
     void everythingPinned();
+    void reachableFromThePluginsDialog();
 };
 
 void tst_PluginBisectWidget::guidedFlow()
@@ -136,6 +140,47 @@ void tst_PluginBisectWidget::everythingPinned()
     QCOMPARE(statusOf(widget),
              QStringLiteral("No plugin to test: every Extension that loads is pinned."));
     QCOMPARE(buttonsOf(widget), QStringList({ "start" }));
+}
+
+// The plugins dialog offers the bisect beside the plugins, over the controller's settings
+// and the dialog's folder; a step that needs a restart asks the host through the dialog.
+void tst_PluginBisectWidget::reachableFromThePluginsDialog()
+{
+    Scenario scenario;
+    QVERIFY(scenario.create({ "zt_core", "zt_storage", "zt_viewer" }));
+    scenario.configureController();
+    QVERIFY(Zelvane::PluginController::instance()->loadPlugins(QDir(scenario.pluginDir())));
+    Zelvane::PluginsDialog dialog(QDir(scenario.pluginDir()));
+    QSignalSpy restart(&dialog, &Zelvane::PluginsDialog::restartRequested);
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&dialog));
+
+    auto* button = dialog.findChild<QPushButton*>(QStringLiteral("findProblemPlugin"));
+    QVERIFY(button);
+    QCOMPARE(button->text(), QStringLiteral("Find a problem plugin..."));
+    QCOMPARE(button->accessibleName(), QStringLiteral("Find a problem plugin"));
+    QTest::mouseClick(button, Qt::LeftButton);
+    auto* window = dialog.findChild<QDialog*>(QStringLiteral("bisectWindow"));
+    QVERIFY(window);
+    QVERIFY(window->isVisible());
+    QCOMPARE(window->windowTitle(), QStringLiteral("Find a plugin that causes a problem"));
+    auto* widget = window->findChild<PluginBisectWidget*>();
+    QVERIFY(widget);
+    QCOMPARE(widget->findChild<QListWidget*>(QStringLiteral("pins"))->count(), 2);
+
+    click(*widget, "start");
+    QCOMPARE(restart.count(), 1);
+    QCOMPARE(ZelvaneTest::storedSelection(scenario.settingsFile()),
+             QStringList({ "Storage=false", "Viewer=false" }));
+    // Asked again: the same window, showing where the bisect is.
+    window->close();
+    QTest::mouseClick(button, Qt::LeftButton);
+    QCOMPARE(dialog.findChildren<QDialog*>(QStringLiteral("bisectWindow")).size(), 1);
+    QVERIFY(window->isVisible());
+    QCOMPARE(buttonsOf(*widget), QStringList({ "stillThere", "gone", "finish" }));
+    click(*widget, "finish");
+    QCOMPARE(restart.count(), 2);
+    Zelvane::PluginController::instance()->shutdown();
 }
 
 QTEST_MAIN(tst_PluginBisectWidget)

@@ -9,8 +9,8 @@ namespace Zelvane {
 
 class PluginsWidget;
 
-/// A PluginsWidget in a dialog with a Close button and a "Start-up..." button: a host's
-/// "Plugins..." window.
+/// A PluginsWidget in a dialog with a Close button, a "Start-up..." button and a "Find a
+/// problem plugin..." button: a host's "Plugins..." window.
 ///
 /// Every tick is saved when it is made, so closing confirms nothing. The dialog repeats
 /// the widget's restartRequested(); the widget itself is pluginsWidget(), whose
@@ -31,8 +31,14 @@ public Q_SLOTS:
     /// Shows the "Start-up" view of the host's last start (StartupProfileView) in a
     /// window of its own; the dialog's "Start-up..." button calls it.
     void showStartupProfile();
+    /// Shows the plugin bisect's guided flow (PluginBisectWidget) over the controller's
+    /// settings and pluginsWidget()'s folder in a window of its own; the dialog's "Find a
+    /// problem plugin..." button calls it. Each of its steps that needs a restart emits
+    /// restartRequested().
+    void showPluginBisect();
 
 Q_SIGNALS:
+    /// The user asked to restart, in the plugins widget or in the plugin bisect.
     void restartRequested();
 
 protected:
