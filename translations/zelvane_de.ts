@@ -61,85 +61,6 @@
     </message>
 </context>
 <context>
-    <name>QObject</name>
-    <message>
-        <source>the trial helper zelvane-trial is not installed</source>
-        <translation>das Hilfsprogramm zelvane-trial ist nicht installiert</translation>
-    </message>
-    <message>
-        <source>cannot start %1: %2</source>
-        <translation>%1 lässt sich nicht starten: %2</translation>
-    </message>
-    <message>
-        <source>zelvane-trial made no progress within %1 s</source>
-        <translation>zelvane-trial kam innerhalb von %1 s nicht voran</translation>
-    </message>
-    <message>
-        <source>zelvane-trial was killed by signal %1 outside any plugin</source>
-        <translation>zelvane-trial wurde außerhalb jedes Plugins durch Signal %1 beendet</translation>
-    </message>
-    <message>
-        <source>zelvane-trial exited with code %1 outside any plugin</source>
-        <translation>zelvane-trial hat sich außerhalb jedes Plugins mit Code %1 beendet</translation>
-    </message>
-    <message>
-        <source>while loading the library</source>
-        <translation>beim Laden der Bibliothek</translation>
-    </message>
-    <message>
-        <source>while creating the root object</source>
-        <translation>beim Erzeugen des Wurzelobjekts</translation>
-    </message>
-    <message>
-        <source>in initialize()</source>
-        <translation>in initialize()</translation>
-    </message>
-    <message>
-        <source>started: library %1 ms, initialize %2 ms</source>
-        <translation>gestartet: Bibliothek %1 ms, initialize %2 ms</translation>
-    </message>
-    <message>
-        <source>failed %1: %2</source>
-        <translation>fehlgeschlagen %1: %2</translation>
-    </message>
-    <message>
-        <source>crashed %1: signal %2</source>
-        <translation>abgestürzt %1: Signal %2</translation>
-    </message>
-    <message>
-        <source>exited %1: exit code %2</source>
-        <translation>beendet %1: Exit-Code %2</translation>
-    </message>
-    <message>
-        <source>hung %1: no progress within the timeout, stopped</source>
-        <translation>hängen geblieben %1: kein Fortschritt innerhalb der Zeitgrenze, abgebrochen</translation>
-    </message>
-    <message>
-        <source>not tried: loading stops at the first plugin that cannot start</source>
-        <translation>nicht versucht: Das Laden endet beim ersten Plugin, das nicht starten kann</translation>
-    </message>
-    <message>
-        <source>not loaded: the dependency ordering drops it once the plugins that cannot start are switched off</source>
-        <translation>nicht geladen: Die Abhängigkeitsordnung lässt es aus, sobald die Plugins, die nicht starten können, ausgeschaltet sind</translation>
-    </message>
-    <message>
-        <source>unloaded in %1 ms</source>
-        <translation>entladen in %1 ms</translation>
-    </message>
-    <message>
-        <source>crashed while unloading: signal %1</source>
-        <translation>beim Entladen abgestürzt: Signal %1</translation>
-    </message>
-    <message>
-        <source>exited while unloading: exit code %1</source>
-        <translation>beim Entladen beendet: Exit-Code %1</translation>
-    </message>
-    <message>
-        <source>hung while unloading: no progress within the timeout, stopped</source>
-        <translation>beim Entladen hängen geblieben: kein Fortschritt innerhalb der Zeitgrenze, abgebrochen</translation>
-    </message>
-</context>
-<context>
     <name>StartupPage</name>
     <message>
         <source>Start-up</source>
@@ -564,6 +485,13 @@
     </message>
 </context>
 <context>
+    <name>Zelvane::SafeStart</name>
+    <message>
+        <source>the trial helper zelvane-trial is not installed</source>
+        <translation>das Hilfsprogramm zelvane-trial ist nicht installiert</translation>
+    </message>
+</context>
+<context>
     <name>Zelvane::StartupProfile</name>
     <message>
         <source>%1 ms</source>
@@ -634,6 +562,81 @@
     <message>
         <source>Start-up</source>
         <translation>Programmstart</translation>
+    </message>
+</context>
+<context>
+    <name>Zelvane::TrialWatch</name>
+    <message>
+        <source>cannot start %1: %2</source>
+        <translation>%1 lässt sich nicht starten: %2</translation>
+    </message>
+    <message>
+        <source>zelvane-trial made no progress within %1 s</source>
+        <translation>zelvane-trial kam innerhalb von %1 s nicht voran</translation>
+    </message>
+    <message>
+        <source>zelvane-trial was killed by signal %1 outside any plugin</source>
+        <translation>zelvane-trial wurde außerhalb jedes Plugins durch Signal %1 beendet</translation>
+    </message>
+    <message>
+        <source>zelvane-trial exited with code %1 outside any plugin</source>
+        <translation>zelvane-trial hat sich außerhalb jedes Plugins mit Code %1 beendet</translation>
+    </message>
+    <message>
+        <source>while loading the library</source>
+        <translation>beim Laden der Bibliothek</translation>
+    </message>
+    <message>
+        <source>while creating the root object</source>
+        <translation>beim Erzeugen des Wurzelobjekts</translation>
+    </message>
+    <message>
+        <source>in initialize()</source>
+        <translation>in initialize()</translation>
+    </message>
+    <message>
+        <source>started: library %1 ms, initialize %2 ms</source>
+        <translation>gestartet: Bibliothek %1 ms, initialize %2 ms</translation>
+    </message>
+    <message>
+        <source>failed %1: %2</source>
+        <translation>fehlgeschlagen %1: %2</translation>
+    </message>
+    <message>
+        <source>crashed %1: signal %2</source>
+        <translation>abgestürzt %1: Signal %2</translation>
+    </message>
+    <message>
+        <source>exited %1: exit code %2</source>
+        <translation>beendet %1: Exit-Code %2</translation>
+    </message>
+    <message>
+        <source>hung %1: no progress within the timeout, stopped</source>
+        <translation>hängen geblieben %1: kein Fortschritt innerhalb der Zeitgrenze, abgebrochen</translation>
+    </message>
+    <message>
+        <source>not tried: loading stops at the first plugin that cannot start</source>
+        <translation>nicht versucht: Das Laden endet beim ersten Plugin, das nicht starten kann</translation>
+    </message>
+    <message>
+        <source>not loaded: the dependency ordering drops it once the plugins that cannot start are switched off</source>
+        <translation>nicht geladen: Die Abhängigkeitsordnung lässt es aus, sobald die Plugins, die nicht starten können, ausgeschaltet sind</translation>
+    </message>
+    <message>
+        <source>unloaded in %1 ms</source>
+        <translation>entladen in %1 ms</translation>
+    </message>
+    <message>
+        <source>crashed while unloading: signal %1</source>
+        <translation>beim Entladen abgestürzt: Signal %1</translation>
+    </message>
+    <message>
+        <source>exited while unloading: exit code %1</source>
+        <translation>beim Entladen beendet: Exit-Code %1</translation>
+    </message>
+    <message>
+        <source>hung while unloading: no progress within the timeout, stopped</source>
+        <translation>beim Entladen hängen geblieben: kein Fortschritt innerhalb der Zeitgrenze, abgebrochen</translation>
     </message>
 </context>
 </TS>

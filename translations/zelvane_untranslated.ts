@@ -61,85 +61,6 @@
     </message>
 </context>
 <context>
-    <name>QObject</name>
-    <message>
-        <source>the trial helper zelvane-trial is not installed</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>cannot start %1: %2</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>zelvane-trial made no progress within %1 s</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>zelvane-trial was killed by signal %1 outside any plugin</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>zelvane-trial exited with code %1 outside any plugin</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>while loading the library</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>while creating the root object</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>in initialize()</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>started: library %1 ms, initialize %2 ms</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>failed %1: %2</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>crashed %1: signal %2</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>exited %1: exit code %2</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>hung %1: no progress within the timeout, stopped</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>not tried: loading stops at the first plugin that cannot start</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>not loaded: the dependency ordering drops it once the plugins that cannot start are switched off</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>unloaded in %1 ms</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>crashed while unloading: signal %1</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>exited while unloading: exit code %1</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>hung while unloading: no progress within the timeout, stopped</source>
-        <translation type="unfinished"></translation>
-    </message>
-</context>
-<context>
     <name>StartupPage</name>
     <message>
         <source>Start-up</source>
@@ -564,6 +485,13 @@
     </message>
 </context>
 <context>
+    <name>Zelvane::SafeStart</name>
+    <message>
+        <source>the trial helper zelvane-trial is not installed</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
     <name>Zelvane::StartupProfile</name>
     <message>
         <source>%1 ms</source>
@@ -633,6 +561,81 @@
     <name>Zelvane::StartupProfileView</name>
     <message>
         <source>Start-up</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>Zelvane::TrialWatch</name>
+    <message>
+        <source>cannot start %1: %2</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>zelvane-trial made no progress within %1 s</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>zelvane-trial was killed by signal %1 outside any plugin</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>zelvane-trial exited with code %1 outside any plugin</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>while loading the library</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>while creating the root object</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>in initialize()</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>started: library %1 ms, initialize %2 ms</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>failed %1: %2</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>crashed %1: signal %2</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>exited %1: exit code %2</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>hung %1: no progress within the timeout, stopped</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>not tried: loading stops at the first plugin that cannot start</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>not loaded: the dependency ordering drops it once the plugins that cannot start are switched off</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>unloaded in %1 ms</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>crashed while unloading: signal %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>exited while unloading: exit code %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>hung while unloading: no progress within the timeout, stopped</source>
         <translation type="unfinished"></translation>
     </message>
 </context>

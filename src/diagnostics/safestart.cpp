@@ -18,6 +18,18 @@
 
 namespace Zelvane {
 
+namespace {
+
+// The words of this file in a context of their own, so that a translator finds them by
+// the class they belong to; the "QObject" context holds the library's own texts, which
+// hosts translate themselves.
+class SafeStartTexts
+{
+    Q_DECLARE_TR_FUNCTIONS(Zelvane::SafeStart)
+};
+
+} // namespace
+
 class SafeStartPrivate
 {
 public:
@@ -133,7 +145,7 @@ QList<SafeStart::Culprit> SafeStart::findCulprits(const QDir& dir,
     TrialWatch watch;
     watch.program = trialProgram();
     if (watch.program.isEmpty()) {
-        d->errorString = QObject::tr("the trial helper zelvane-trial is not installed");
+        d->errorString = SafeStartTexts::tr("the trial helper zelvane-trial is not installed");
         return {};
     }
     watch.directory = dir.absolutePath();

@@ -5,6 +5,7 @@
 
 #include "diagnostics/trialprotocol_p.h"
 
+#include <QtCore/QCoreApplication>
 #include <QtCore/QDir>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
@@ -14,6 +15,14 @@
 namespace Zelvane {
 
 namespace {
+
+// The words of this file in a context of their own, so that a translator finds them by
+// the class they belong to; the "QObject" context holds the library's own texts, which
+// hosts translate themselves.
+class TrialTexts
+{
+    Q_DECLARE_TR_FUNCTIONS(Zelvane::TrialWatch)
+};
 
 using namespace TrialProtocol;
 
@@ -167,7 +176,7 @@ TrialRun RunWatch::run()
     process.setStandardErrorFile(QProcess::nullDevice());
     process.start(m_watch.program, arguments);
     if (!process.waitForStarted()) {
-        m_run.failure = QObject::tr("cannot start %1: %2")
+        m_run.failure = TrialTexts::tr("cannot start %1: %2")
                             .arg(QDir::toNativeSeparators(m_watch.program), process.errorString());
         return m_run;
     }
@@ -249,12 +258,12 @@ TrialRun RunWatch::run()
     // Died outside any plugin: in the helper itself, before or between plugins.
     if (timedOut)
         m_run.failure
-            = QObject::tr("zelvane-trial made no progress within %1 s").arg(m_watch.timeoutSeconds);
+            = TrialTexts::tr("zelvane-trial made no progress within %1 s").arg(m_watch.timeoutSeconds);
     else if (process.exitStatus() == QProcess::CrashExit)
-        m_run.failure = QObject::tr("zelvane-trial was killed by signal %1 outside any plugin")
+        m_run.failure = TrialTexts::tr("zelvane-trial was killed by signal %1 outside any plugin")
                             .arg(signalText(process.exitCode()));
     else
-        m_run.failure = QObject::tr("zelvane-trial exited with code %1 outside any plugin")
+        m_run.failure = TrialTexts::tr("zelvane-trial exited with code %1 outside any plugin")
                             .arg(process.exitCode());
     return m_run;
 }

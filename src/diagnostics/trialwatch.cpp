@@ -2,9 +2,9 @@
 
 #include "diagnostics/trialrun_p.h"
 
+#include <QtCore/QCoreApplication>
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
-#include <QtCore/QObject>
 #include <QtCore/QSet>
 
 #include <algorithm>
@@ -12,6 +12,14 @@
 namespace Zelvane {
 
 namespace {
+
+// The words of this file in a context of their own, so that a translator finds them by
+// the class they belong to; the "QObject" context holds the library's own texts, which
+// hosts translate themselves.
+class TrialTexts
+{
+    Q_DECLARE_TR_FUNCTIONS(Zelvane::TrialWatch)
+};
 
 QString milliseconds(qint64 us)
 {
@@ -24,11 +32,11 @@ QString stepPhrase(std::optional<LoadStep> step)
         return QString();
     switch (*step) {
     case LoadStep::Library:
-        return QObject::tr("while loading the library");
+        return TrialTexts::tr("while loading the library");
     case LoadStep::RootObject:
-        return QObject::tr("while creating the root object");
+        return TrialTexts::tr("while creating the root object");
     case LoadStep::Initialize:
-        return QObject::tr("in initialize()");
+        return TrialTexts::tr("in initialize()");
     case LoadStep::Finished:
         break;
     }
@@ -42,22 +50,22 @@ QString trialOutcomeText(const TrialPlugin& plugin)
     const QString phase = stepPhrase(plugin.step);
     switch (plugin.outcome) {
     case TrialPlugin::Outcome::Started:
-        return QObject::tr("started: library %1 ms, initialize %2 ms")
+        return TrialTexts::tr("started: library %1 ms, initialize %2 ms")
             .arg(milliseconds(plugin.libraryUs()), milliseconds(plugin.initializeUs()));
     case TrialPlugin::Outcome::Failed:
-        return QObject::tr("failed %1: %2").arg(phase, plugin.error);
+        return TrialTexts::tr("failed %1: %2").arg(phase, plugin.error);
     case TrialPlugin::Outcome::Crashed:
-        return QObject::tr("crashed %1: signal %2").arg(phase, Zelvane::signalText(plugin.signal));
+        return TrialTexts::tr("crashed %1: signal %2").arg(phase, Zelvane::signalText(plugin.signal));
     case TrialPlugin::Outcome::Exited:
-        return QObject::tr("exited %1: exit code %2").arg(phase).arg(plugin.exitCode);
+        return TrialTexts::tr("exited %1: exit code %2").arg(phase).arg(plugin.exitCode);
     case TrialPlugin::Outcome::TimedOut:
-        return QObject::tr("hung %1: no progress within the timeout, stopped").arg(phase);
+        return TrialTexts::tr("hung %1: no progress within the timeout, stopped").arg(phase);
     case TrialPlugin::Outcome::NotTried:
-        return QObject::tr("not tried: loading stops at the first plugin that cannot start");
+        return TrialTexts::tr("not tried: loading stops at the first plugin that cannot start");
     case TrialPlugin::Outcome::Dropped:
         break;
     }
-    return QObject::tr("not loaded: the dependency ordering drops it once the plugins that "
+    return TrialTexts::tr("not loaded: the dependency ordering drops it once the plugins that "
                        "cannot start are switched off");
 }
 
@@ -67,15 +75,15 @@ QString trialUnloadText(const TrialPlugin& plugin)
     case TrialPlugin::Unload::NotReached:
         break;
     case TrialPlugin::Unload::Unloaded:
-        return QObject::tr("unloaded in %1 ms")
+        return TrialTexts::tr("unloaded in %1 ms")
             .arg(milliseconds(plugin.unloadEnd - plugin.unloadStart));
     case TrialPlugin::Unload::Crashed:
-        return QObject::tr("crashed while unloading: signal %1")
+        return TrialTexts::tr("crashed while unloading: signal %1")
             .arg(Zelvane::signalText(plugin.signal));
     case TrialPlugin::Unload::Exited:
-        return QObject::tr("exited while unloading: exit code %1").arg(plugin.exitCode);
+        return TrialTexts::tr("exited while unloading: exit code %1").arg(plugin.exitCode);
     case TrialPlugin::Unload::TimedOut:
-        return QObject::tr("hung while unloading: no progress within the timeout, stopped");
+        return TrialTexts::tr("hung while unloading: no progress within the timeout, stopped");
     }
     return QString();
 }

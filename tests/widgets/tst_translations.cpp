@@ -84,6 +84,7 @@ class tst_Translations : public QObject
 private slots:
     void germanCatalogueIsComplete();
     void templateHasTheSameTexts();
+    void libraryContextIsLeftToHosts();
     void germanLocaleLoadsTheCatalogue();
     void pluginsWidgetSpeaksGerman();
     void englishLocaleRemovesTheCatalogue();
@@ -124,6 +125,24 @@ void tst_Translations::templateHasTheSameTexts()
                  qPrintable(message.source));
     }
     QCOMPARE(templateTexts, germanTexts);
+}
+
+// The library's own texts are in the "QObject" context and a host translates them
+// itself: a text of the components there would be a second translation of that context,
+// which the host's own catalogue might contradict.
+void tst_Translations::libraryContextIsLeftToHosts()
+{
+    QString error;
+    const QList<Message> messages
+        = messagesOf(QStringLiteral(ZELVANE_TRANSLATIONS_SOURCE_DIR "/zelvane_de.ts"), &error);
+    QVERIFY2(error.isEmpty(), qPrintable(error));
+    QStringList contexts;
+    for (const Message& message : messages) {
+        QVERIFY2(message.context != QStringLiteral("QObject"), qPrintable(message.source));
+        contexts.append(message.context);
+    }
+    QVERIFY(contexts.contains(QStringLiteral("Zelvane::TrialWatch")));
+    QVERIFY(contexts.contains(QStringLiteral("Zelvane::SafeStart")));
 }
 
 void tst_Translations::germanLocaleLoadsTheCatalogue()
