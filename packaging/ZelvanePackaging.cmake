@@ -79,7 +79,7 @@ pkg-config file and the JSON schema of the plugin metadata.")
 zelvane_debian_package(tools zelvane-tools devel other
     "plugin framework for Qt 6 applications - tools"
     "${_zelvane_about}\n.\nThis package contains zelvane-inspect, which explains what a \
-host would load from a plugin folder without running plugin code, and its helpers, and \
+host would load from a plugin folder without running plugin code, and \
 zelvane-create-plugin, which writes a plugin project with its tests.")
 zelvane_debian_package(widgets libzelvanewidgets1 libs library
     "plugin framework for Qt 6 applications - widgets"
@@ -93,7 +93,9 @@ settings page for Qt Quick applications, and libZelvaneQuick, the library it is 
 zelvane_debian_package(diagnostics libzelvanediagnostics1 libs library
     "plugin framework for Qt 6 applications - diagnostics"
     "${_zelvane_about}\n.\nThis package contains libZelvaneDiagnostics, which explains to \
-a host why plugins were or were not loaded.")
+a host why plugins were or were not loaded and finds, after a start that crashed, the \
+plugin that took it down, with zelvane-trial, the helper that tries the plugins in a \
+process of its own, and the translations of the components.")
 
 # The components that the install rules name, in the order above.
 get_cmake_property(_zelvane_installed COMPONENTS)

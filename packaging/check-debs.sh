@@ -223,6 +223,91 @@ else
     fail "building the README's host and plugin with pkg-config"
 fi
 
+echo "== SafeStart from the Diagnostics package, without the tools"
+# A host that ships SafeStart installs libzelvanediagnostics1, not zelvane-tools: the
+# trial helper must be in the Diagnostics package, where the library finds it beside
+# itself, and no release library may name a folder of the machine that built it.
+diagnostics=$(printf '%s\n' "${debs[@]}" | grep '/libzelvanediagnostics1_' || true)
+if [[ -z $diagnostics ]]; then
+    fail "no libzelvanediagnostics1 package"
+elif ! grep -q "\./usr/lib/$multiarch/zelvane/zelvane-trial\$" <<<"$(dpkg-deb -c "$diagnostics")"; then
+    fail "libzelvanediagnostics1 does not hold usr/lib/$multiarch/zelvane/zelvane-trial"
+else
+    pass "libzelvanediagnostics1 holds usr/lib/$multiarch/zelvane/zelvane-trial"
+    safe_root="$work/safe-root"
+    for deb in "${debs[@]}"; do
+        case $(dpkg-deb -f "$deb" Package) in
+        libzelvane1 | libzelvane-dev | libzelvanediagnostics1) dpkg-deb -x "$deb" "$safe_root" ;;
+        esac
+    done
+    # Qt's string literals are UTF-16: both encodings are searched (-e l).
+    for library in "$safe_root/usr/lib/$multiarch"/lib*.so.1 \
+        "$safe_root/usr/lib/$multiarch/zelvane/zelvane-trial"; do
+        if grep -qF -e "$source_dir" -e "$debs_dir" \
+            <<<"$(strings -a "$library"; strings -a -e l "$library")"; then
+            fail "$(basename "$library") names a folder of the build machine"
+        fi
+    done
+    mkdir -p "$work/safestart/plugins"
+    cat >"$work/safestart/CMakeLists.txt" <<'CMAKE'
+cmake_minimum_required(VERSION 3.21)
+project(safestart LANGUAGES CXX)
+find_package(Zelvane REQUIRED COMPONENTS Diagnostics)
+add_executable(safestart main.cpp)
+target_link_libraries(safestart PRIVATE Zelvane::Zelvane Zelvane::Diagnostics)
+CMAKE
+    # After a start that never finished, SafeStart tries the plugins in its helper, with
+    # the arguments of that start: the greeter's initialize() refuses an empty greeting.
+    cat >"$work/safestart/main.cpp" <<'CPP'
+#include <zelvane/PluginController>
+#include <zelvane/diagnostics/SafeStart>
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QSettings>
+
+#include <cstdio>
+
+int main(int argc, char* argv[])
+{
+    QCoreApplication app(argc, argv);
+    QSettings settings(QStringLiteral("safestart.ini"), QSettings::IniFormat);
+    auto* plugins = Zelvane::PluginController::instance();
+    plugins->setSettings(&settings);
+    plugins->setPluginIID(QStringLiteral("org.example.MyEditor/1.0"));
+    Zelvane::SafeStart safeStart(&settings);
+    const QDir dir(QCoreApplication::applicationDirPath() + QStringLiteral("/plugins"));
+    const auto culprits = safeStart.findCulprits(dir, { { QStringLiteral("greeting"), QString() } });
+    std::printf("helper: %s\n", qPrintable(safeStart.trialProgram()));
+    for (const auto& culprit : culprits)
+        std::printf("culprit: %s: %s\n", qPrintable(culprit.name), qPrintable(culprit.reason));
+    std::printf("error: %s\n", qPrintable(safeStart.errorString()));
+    return culprits.isEmpty() ? 1 : 0;
+}
+CPP
+    if cmake -S "$work/safestart" -B "$work/safestart-build" -G "$generator" \
+        -DCMAKE_BUILD_TYPE=Release -DCMAKE_PREFIX_PATH="$safe_root/usr" \
+        -DCMAKE_FIND_USE_PACKAGE_REGISTRY=OFF >"$work/safestart.log" 2>&1 &&
+        cmake --build "$work/safestart-build" >>"$work/safestart.log" 2>&1; then
+        mkdir -p "$work/safestart-build/plugins"
+        cp "$work/plugin/libgreeter.so" "$work/safestart-build/plugins/" 2>/dev/null ||
+            cp "$work/pc/plugins/libgreeter.so" "$work/safestart-build/plugins/"
+        status=0
+        output=$(cd "$work/safestart-build" &&
+            LD_LIBRARY_PATH="$safe_root/usr/lib/$multiarch" QT_QPA_PLATFORM=offscreen \
+                ./safestart 2>&1) || status=$?
+        helper="helper: $safe_root/usr/lib/$multiarch/zelvane/zelvane-trial"
+        if [[ $status -eq 0 && $output == *"$helper"* &&
+            $output == *"culprit: Greeter: failed in initialize()"*"the greeting is empty"* ]]; then
+            pass "SafeStart finds its helper in the Diagnostics package and names the culprit"
+        else
+            fail "SafeStart without the tools exited with $status and printed: $output"
+        fi
+    else
+        cat "$work/safestart.log"
+        fail "building a SafeStart host against the Diagnostics package"
+    fi
+fi
+
 if ((failures > 0)); then
     echo "$failures check(s) failed" >&2
     exit 1

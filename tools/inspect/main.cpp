@@ -30,8 +30,8 @@
 
 namespace {
 
-// zelvane-trial, installed under libexec beside this program's bin folder, or where the
-// build tree puts it.
+// zelvane-trial, installed in the library folder's zelvane/ of this program's prefix, or
+// where the build tree puts it.
 QString trialProgram()
 {
     return Zelvane::TrialWatch::findProgram(

@@ -27,7 +27,7 @@ class SafeStartPrivate;
 /// ask the user and start without them.
 ///
 /// No plugin is ever loaded in the host's process by this class. The child is the
-/// package's zelvane-trial helper, found beside this library (libexec/zelvane/). Use it
+/// zelvane-trial helper installed with this library (zelvane/ in its folder). Use it
 /// on the thread that uses the controller; it keeps, and never owns, the settings.
 class ZELVANE_DIAGNOSTICS_EXPORT SafeStart
 {
