@@ -248,43 +248,9 @@ else
             fail "$(basename "$library") names a folder of the build machine"
         fi
     done
-    mkdir -p "$work/safestart/plugins"
-    cat >"$work/safestart/CMakeLists.txt" <<'CMAKE'
-cmake_minimum_required(VERSION 3.21)
-project(safestart LANGUAGES CXX)
-find_package(Zelvane REQUIRED COMPONENTS Diagnostics)
-add_executable(safestart main.cpp)
-target_link_libraries(safestart PRIVATE Zelvane::Zelvane Zelvane::Diagnostics)
-CMAKE
     # After a start that never finished, SafeStart tries the plugins in its helper, with
     # the arguments of that start: the greeter's initialize() refuses an empty greeting.
-    cat >"$work/safestart/main.cpp" <<'CPP'
-#include <zelvane/PluginController>
-#include <zelvane/diagnostics/SafeStart>
-
-#include <QtCore/QCoreApplication>
-#include <QtCore/QSettings>
-
-#include <cstdio>
-
-int main(int argc, char* argv[])
-{
-    QCoreApplication app(argc, argv);
-    QSettings settings(QStringLiteral("safestart.ini"), QSettings::IniFormat);
-    auto* plugins = Zelvane::PluginController::instance();
-    plugins->setSettings(&settings);
-    plugins->setPluginIID(QStringLiteral("org.example.MyEditor/1.0"));
-    Zelvane::SafeStart safeStart(&settings);
-    const QDir dir(QCoreApplication::applicationDirPath() + QStringLiteral("/plugins"));
-    const auto culprits = safeStart.findCulprits(dir, { { QStringLiteral("greeting"), QString() } });
-    std::printf("helper: %s\n", qPrintable(safeStart.trialProgram()));
-    for (const auto& culprit : culprits)
-        std::printf("culprit: %s: %s\n", qPrintable(culprit.name), qPrintable(culprit.reason));
-    std::printf("error: %s\n", qPrintable(safeStart.errorString()));
-    return culprits.isEmpty() ? 1 : 0;
-}
-CPP
-    if cmake -S "$work/safestart" -B "$work/safestart-build" -G "$generator" \
+    if cmake -S "$source_dir/packaging/safestart-host" -B "$work/safestart-build" -G "$generator" \
         -DCMAKE_BUILD_TYPE=Release -DCMAKE_PREFIX_PATH="$safe_root/usr" \
         -DCMAKE_FIND_USE_PACKAGE_REGISTRY=OFF >"$work/safestart.log" 2>&1 &&
         cmake --build "$work/safestart-build" >>"$work/safestart.log" 2>&1; then

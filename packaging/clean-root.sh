@@ -5,9 +5,11 @@
 #   sudo packaging/clean-root.sh <folder of .deb files> <source dir> <root folder>
 #
 # Makes <root folder> with debootstrap (minbase, bookworm) unless it holds a system
-# already, then inside it: apt-get install ./*.deb (which brings in their Depends) and
-# the compiler, builds examples/readme/ with find_package(Zelvane) and with
-# pkg-config, and runs the host over its plugin. Needs root, debootstrap and the
+# already, then inside it: apt-get install ./*.deb but zelvane-tools (which brings in
+# their Depends) and the compiler, builds examples/readme/ with find_package(Zelvane) and
+# with pkg-config, runs the host over its plugin, and builds packaging/safestart-host/,
+# whose SafeStart must find its trial helper without the tools; then installs
+# zelvane-tools and runs zelvane-inspect --trial over the same plugin. Needs root, debootstrap and the
 # network; it downloads a few hundred MB, so CI does not run it (the test package_debs
 # checks an unpacked copy instead).
 set -euo pipefail
@@ -28,6 +30,7 @@ cp /etc/resolv.conf "$root/etc/resolv.conf"
 rm -rf "$root/zelvane" && mkdir -p "$root/zelvane/debs"
 cp "$debs_dir"/*.deb "$root/zelvane/debs/"
 cp -r "$source_dir/examples/readme" "$root/zelvane/readme"
+cp -r "$source_dir/packaging/safestart-host" "$root/zelvane/safestart-host"
 mountpoint -q "$root/proc" || mount -t proc proc "$root/proc"
 trap 'umount "$root/proc" 2>/dev/null || true' EXIT
 
@@ -35,8 +38,12 @@ chroot "$root" /usr/bin/env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin HOME=/root \
     DEBIAN_FRONTEND=noninteractive /bin/bash -euo pipefail -c '
 cd /zelvane
 apt-get update -qq
-apt-get install -y -qq --no-install-recommends ./debs/*.deb cmake make g++ pkgconf >install.log
+libraries=()
 for deb in debs/*.deb; do
+    [[ $(dpkg-deb -f "$deb" Package) == zelvane-tools ]] || libraries+=("./$deb")
+done
+apt-get install -y -qq --no-install-recommends "${libraries[@]}" cmake make g++ pkgconf >install.log
+for deb in "${libraries[@]}"; do
     dpkg-query -W -f="\${Package} \${Version} \${Status}\n" "$(dpkg-deb -f "$deb" Package)"
 done
 
@@ -64,6 +71,23 @@ QT_QPA_PLATFORM=offscreen pc/myeditor --help | grep -- --greeting
 status=0
 QT_QPA_PLATFORM=offscreen pc/myeditor --greeting "" || status=$?
 echo "myeditor --greeting \"\" exited with $status"
+test "$status" -eq 1
+
+echo "== SafeStart without zelvane-tools"
+cmake -S safestart-host -B safestart -DCMAKE_BUILD_TYPE=Release >safestart.log
+cmake --build safestart >>safestart.log
+mkdir -p safestart/plugins && cp plugin/libgreeter.so safestart/plugins/
+output=$(cd safestart && QT_QPA_PLATFORM=offscreen ./safestart)
+echo "$output"
+grep -q "^helper: /usr/lib/.*/zelvane/zelvane-trial$" <<<"$output"
+grep -q "^culprit: Greeter: failed in initialize()" <<<"$output"
+
+echo "== zelvane-tools"
+apt-get install -y -qq --no-install-recommends ./debs/zelvane-tools_*.deb >>install.log
+dpkg-query -W -f="\${Package} \${Version} \${Status}\n" zelvane-tools
+status=0
+zelvane-inspect host/plugins --iid org.example.MyEditor/1.0 --trial --arg greeting= || status=$?
+echo "zelvane-inspect --trial exited with $status"
 test "$status" -eq 1
 echo "clean root: every check passed"
 '
