@@ -494,16 +494,6 @@
 <context>
     <name>Zelvane::StartupProfile</name>
     <message>
-        <source>%1 ms</source>
-        <extracomment>A duration in milliseconds, e.g. &quot;12.3 ms&quot;</extracomment>
-        <translation>%1 ms</translation>
-    </message>
-    <message>
-        <source>%1%</source>
-        <extracomment>A part of the whole start-up, e.g. &quot;45.6%&quot;</extracomment>
-        <translation>%1 %</translation>
-    </message>
-    <message>
         <source>loading the library</source>
         <translation>Laden der Bibliothek</translation>
     </message>
@@ -555,6 +545,16 @@
     <message>
         <source>Start failed after %1: %2</source>
         <translation>Start nach %1 fehlgeschlagen: %2</translation>
+    </message>
+    <message>
+        <source>%L1 ms</source>
+        <extracomment>A duration in milliseconds, e.g. &quot;12.3 ms&quot;</extracomment>
+        <translation>%L1 ms</translation>
+    </message>
+    <message>
+        <source>%L1%</source>
+        <extracomment>A part of the whole start-up, e.g. &quot;45.6%&quot;</extracomment>
+        <translation>%L1 %</translation>
     </message>
 </context>
 <context>

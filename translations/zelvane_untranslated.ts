@@ -494,16 +494,6 @@
 <context>
     <name>Zelvane::StartupProfile</name>
     <message>
-        <source>%1 ms</source>
-        <extracomment>A duration in milliseconds, e.g. &quot;12.3 ms&quot;</extracomment>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>%1%</source>
-        <extracomment>A part of the whole start-up, e.g. &quot;45.6%&quot;</extracomment>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
         <source>loading the library</source>
         <translation type="unfinished"></translation>
     </message>
@@ -554,6 +544,16 @@
     </message>
     <message>
         <source>Start failed after %1: %2</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%L1 ms</source>
+        <extracomment>A duration in milliseconds, e.g. &quot;12.3 ms&quot;</extracomment>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%L1%</source>
+        <extracomment>A part of the whole start-up, e.g. &quot;45.6%&quot;</extracomment>
         <translation type="unfinished"></translation>
     </message>
 </context>

@@ -176,14 +176,15 @@ qint64 StartupProfile::shutdownNs() const
 
 QString StartupProfile::durationText(qint64 ns)
 {
+    // %L1: the number in the user's locale (QLocale()), "12,3 ms" in German.
     //: A duration in milliseconds, e.g. "12.3 ms"
-    return Texts::tr("%1 ms").arg(QString::number(double(qMax<qint64>(ns, 0)) / 1e6, 'f', 1));
+    return Texts::tr("%L1 ms").arg(double(qMax<qint64>(ns, 0)) / 1e6, 0, 'f', 1);
 }
 
 QString StartupProfile::shareText(double percent)
 {
     //: A part of the whole start-up, e.g. "45.6%"
-    return Texts::tr("%1%").arg(QString::number(percent, 'f', 1));
+    return Texts::tr("%L1%").arg(percent, 0, 'f', 1);
 }
 
 QString StartupProfile::stepText(Step step)

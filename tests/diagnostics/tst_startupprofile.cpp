@@ -62,6 +62,9 @@ private slots:
 void tst_StartupProfile::init()
 {
     ZelvaneTest::clearEvents();
+    // The texts write numbers in the user's locale; the expectations here are written
+    // in the C locale's digits, whatever the machine's locale is.
+    QLocale::setDefault(QLocale::c());
 }
 
 void tst_StartupProfile::emptyBeforeTheFirstLoad()
@@ -218,21 +221,36 @@ void tst_StartupProfile::shutdown()
 
 void tst_StartupProfile::texts_data()
 {
+    QTest::addColumn<QLocale>("locale");
     QTest::addColumn<qint64>("ns");
     QTest::addColumn<QString>("duration");
 
-    QTest::newRow("zero") << qint64(0) << "0.0 ms";
-    QTest::newRow("rounds down") << qint64(1'249'999) << "1.2 ms";
-    QTest::newRow("rounds up") << qint64(1'250'001) << "1.3 ms";
-    QTest::newRow("seconds") << qint64(2'345'600'000) << "2345.6 ms";
-    QTest::newRow("not reached") << qint64(-1) << "0.0 ms";
+    const QLocale c = QLocale::c();
+    QTest::newRow("zero") << c << qint64(0) << "0.0 ms";
+    QTest::newRow("rounds down") << c << qint64(1'249'999) << "1.2 ms";
+    QTest::newRow("rounds up") << c << qint64(1'250'001) << "1.3 ms";
+    QTest::newRow("seconds") << c << qint64(2'345'600'000) << "2345.6 ms";
+    QTest::newRow("not reached") << c << qint64(-1) << "0.0 ms";
+    // The user's locale writes the number; the untranslated unit stays as it is.
+    const QLocale german(QLocale::German, QLocale::Germany);
+    QTest::newRow("German") << german << qint64(1'250'001) << "1,3 ms";
+    QTest::newRow("German seconds") << german << qint64(2'345'600'000) << "2.345,6 ms";
+    const QLocale english(QLocale::English, QLocale::UnitedStates);
+    QTest::newRow("English seconds") << english << qint64(2'345'600'000) << "2,345.6 ms";
 }
 
 void tst_StartupProfile::texts()
 {
+    QFETCH(QLocale, locale);
     QFETCH(qint64, ns);
     QFETCH(QString, duration);
-    QCOMPARE(StartupProfile::durationText(ns), duration);
+    const QLocale before;
+    QLocale::setDefault(locale);
+    const QString text = StartupProfile::durationText(ns);
+    const QString share = StartupProfile::shareText(45.66);
+    QLocale::setDefault(before);
+    QCOMPARE(text, duration);
+    QCOMPARE(share, locale.toString(45.66, 'f', 1) + QLatin1Char('%'));
 }
 
 void tst_StartupProfile::pluginAndSummaryTexts()

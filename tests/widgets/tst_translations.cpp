@@ -66,7 +66,8 @@ QList<Message> messagesOf(const QString& fileName, QString* error)
 
 QStringList placeholdersOf(const QString& text)
 {
-    static const QRegularExpression placeholder(QStringLiteral("%\\d+"));
+    // %L1 is %1 written in the user's locale: the same argument.
+    static const QRegularExpression placeholder(QStringLiteral("%L?\\d+"));
     QStringList found;
     for (const QRegularExpressionMatch& match : placeholder.globalMatch(text))
         found.append(match.captured());
