@@ -638,5 +638,9 @@
         <source>hung while unloading: no progress within the timeout, stopped</source>
         <translation>beim Entladen hängen geblieben: kein Fortschritt innerhalb der Zeitgrenze, abgebrochen</translation>
     </message>
+    <message>
+        <source>not loaded: the dependency ordering drops it, as at every start</source>
+        <translation>nicht geladen: Die Abhängigkeitsordnung lässt es aus, wie bei jedem Start</translation>
+    </message>
 </context>
 </TS>

@@ -638,5 +638,9 @@
         <source>hung while unloading: no progress within the timeout, stopped</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>not loaded: the dependency ordering drops it, as at every start</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 </TS>

@@ -65,6 +65,10 @@ QString trialOutcomeText(const TrialPlugin& plugin)
     case TrialPlugin::Outcome::Dropped:
         break;
     }
+    // Dropped in the first run, nothing was switched off yet: the folder's own plan
+    // leaves it out (a missing dependency, a cycle), as it does at every start.
+    if (plugin.run == 0)
+        return TrialTexts::tr("not loaded: the dependency ordering drops it, as at every start");
     return TrialTexts::tr("not loaded: the dependency ordering drops it once the plugins that "
                        "cannot start are switched off");
 }

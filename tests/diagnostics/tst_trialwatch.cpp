@@ -145,6 +145,13 @@ void tst_TrialWatch::outcomes_data()
                          QStringLiteral("Hang (libzt_trial_hang.so): initialize: hung in "
                                         "initialize(): no progress within the timeout, stopped") }
         << QStringList { QStringLiteral("Hang") } << false;
+    // Not the trial's doing: Viewer's dependency is not in the folder.
+    QTest::newRow("dropped by the ordering before anything is switched off")
+        << QStringList { QStringLiteral("zt_core"), QStringLiteral("zt_viewer") }
+        << QStringList { QStringLiteral("Core (libzt_core.so): initialize: ") + started,
+                         QStringLiteral("Viewer (libzt_viewer.so): -: not loaded: the dependency "
+                                        "ordering drops it, as at every start") }
+        << QStringList() << false;
 }
 
 void tst_TrialWatch::outcomes()
