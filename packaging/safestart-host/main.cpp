@@ -19,7 +19,8 @@ int main(int argc, char* argv[])
     plugins->setPluginIID(QStringLiteral("org.example.MyEditor/1.0"));
     Zelvane::SafeStart safeStart(&settings);
     const QDir dir(QCoreApplication::applicationDirPath() + QStringLiteral("/plugins"));
-    const auto culprits = safeStart.findCulprits(dir, { { QStringLiteral("greeting"), QString() } });
+    const auto culprits
+        = safeStart.findCulprits(dir, { { QStringLiteral("greeting"), QString() } });
     std::printf("helper: %s\n", qPrintable(safeStart.trialProgram()));
     for (const auto& culprit : culprits)
         std::printf("culprit: %s: %s\n", qPrintable(culprit.name), qPrintable(culprit.reason));

@@ -257,8 +257,8 @@ TrialRun RunWatch::run()
     }
     // Died outside any plugin: in the helper itself, before or between plugins.
     if (timedOut)
-        m_run.failure
-            = TrialTexts::tr("zelvane-trial made no progress within %1 s").arg(m_watch.timeoutSeconds);
+        m_run.failure = TrialTexts::tr("zelvane-trial made no progress within %1 s")
+                            .arg(m_watch.timeoutSeconds);
     else if (process.exitStatus() == QProcess::CrashExit)
         m_run.failure = TrialTexts::tr("zelvane-trial was killed by signal %1 outside any plugin")
                             .arg(signalText(process.exitCode()));

@@ -55,7 +55,8 @@ QString trialOutcomeText(const TrialPlugin& plugin)
     case TrialPlugin::Outcome::Failed:
         return TrialTexts::tr("failed %1: %2").arg(phase, plugin.error);
     case TrialPlugin::Outcome::Crashed:
-        return TrialTexts::tr("crashed %1: signal %2").arg(phase, Zelvane::signalText(plugin.signal));
+        return TrialTexts::tr("crashed %1: signal %2")
+            .arg(phase, Zelvane::signalText(plugin.signal));
     case TrialPlugin::Outcome::Exited:
         return TrialTexts::tr("exited %1: exit code %2").arg(phase).arg(plugin.exitCode);
     case TrialPlugin::Outcome::TimedOut:
@@ -70,7 +71,7 @@ QString trialOutcomeText(const TrialPlugin& plugin)
     if (plugin.run == 0)
         return TrialTexts::tr("not loaded: the dependency ordering drops it, as at every start");
     return TrialTexts::tr("not loaded: the dependency ordering drops it once the plugins that "
-                       "cannot start are switched off");
+                          "cannot start are switched off");
 }
 
 QString trialUnloadText(const TrialPlugin& plugin)

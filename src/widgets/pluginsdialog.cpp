@@ -50,55 +50,56 @@ PluginsWidget* PluginsDialog::pluginsWidget() const
     return m_widget;
 }
 
+namespace {
+
+// The dialog's one window named objectName, made the first time with the view that
+// makeView() returns, its title and a Close button; the view of an existing window is
+// handed to refresh().
+template<typename View, typename MakeView>
+void showWindow(QDialog* dialog, const QString& objectName, const QSize& size, MakeView makeView)
+{
+    auto* window = dialog->findChild<QDialog*>(objectName);
+    if (!window) {
+        window = new QDialog(dialog);
+        window->setObjectName(objectName);
+        View* view = makeView(window);
+        window->setWindowTitle(view->windowTitle());
+        window->setAccessibleName(view->windowTitle());
+        auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, window);
+        QObject::connect(buttons, &QDialogButtonBox::rejected, window, &QDialog::reject);
+        auto* layout = new QVBoxLayout(window);
+        layout->addWidget(view, 1);
+        layout->addWidget(buttons);
+        window->resize(size);
+    } else {
+        window->findChild<View*>()->refresh();
+    }
+    window->show();
+    window->raise();
+}
+
+} // namespace
+
 void PluginsDialog::showStartupProfile()
 {
     // One window, refreshed when asked again: the profile is of the last start, which
     // does not change while the host runs unless it loads its plugins again.
-    auto* window = findChild<QDialog*>(QStringLiteral("startupWindow"));
-    if (!window) {
-        window = new QDialog(this);
-        window->setObjectName(QStringLiteral("startupWindow"));
-        auto* view = new StartupProfileView(window);
-        window->setWindowTitle(view->windowTitle());
-        window->setAccessibleName(view->windowTitle());
-        auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, window);
-        connect(buttons, &QDialogButtonBox::rejected, window, &QDialog::reject);
-        auto* layout = new QVBoxLayout(window);
-        layout->addWidget(view, 1);
-        layout->addWidget(buttons);
-        window->resize(560, 360);
-    } else {
-        window->findChild<StartupProfileView*>()->refresh();
-    }
-    window->show();
-    window->raise();
+    showWindow<StartupProfileView>(this, QStringLiteral("startupWindow"), QSize(560, 360),
+                                   [](QDialog* window) { return new StartupProfileView(window); });
 }
 
 void PluginsDialog::showPluginBisect()
 {
     // One window, read again from the settings when asked again: where the bisect is
     // lives there, and each of its steps ends in a restart.
-    auto* window = findChild<QDialog*>(QStringLiteral("bisectWindow"));
-    if (!window) {
-        window = new QDialog(this);
-        window->setObjectName(QStringLiteral("bisectWindow"));
-        auto* view = new PluginBisectWidget(PluginController::instance()->settings(),
-                                            m_widget->pluginDirectory(), window);
-        window->setWindowTitle(view->windowTitle());
-        window->setAccessibleName(view->windowTitle());
-        connect(view, &PluginBisectWidget::restartRequested, this,
-                &PluginsDialog::restartRequested);
-        auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, window);
-        connect(buttons, &QDialogButtonBox::rejected, window, &QDialog::reject);
-        auto* layout = new QVBoxLayout(window);
-        layout->addWidget(view, 1);
-        layout->addWidget(buttons);
-        window->resize(520, 400);
-    } else {
-        window->findChild<PluginBisectWidget*>()->refresh();
-    }
-    window->show();
-    window->raise();
+    showWindow<PluginBisectWidget>(
+        this, QStringLiteral("bisectWindow"), QSize(520, 400), [this](QDialog* window) {
+            auto* view = new PluginBisectWidget(PluginController::instance()->settings(),
+                                                m_widget->pluginDirectory(), window);
+            connect(view, &PluginBisectWidget::restartRequested, this,
+                    &PluginsDialog::restartRequested);
+            return view;
+        });
 }
 
 // Kept for hosts built against 1.0, whose code may call it; nothing depends on who is

@@ -155,7 +155,8 @@ void tst_Explanations::qtsOwnPlugins_data()
     QTest::addColumn<QString>("pluginIid");
 
     QTest::newRow("image formats, their interface")
-        << "imageformats" << "org.qt-project.Qt.QImageIOHandlerFactoryInterface";
+        << "imageformats"
+        << "org.qt-project.Qt.QImageIOHandlerFactoryInterface";
     QTest::newRow("platforms, another interface") << "platforms" << iid;
 }
 
