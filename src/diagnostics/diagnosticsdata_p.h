@@ -7,6 +7,7 @@
 #include <zelvane/diagnostics/plugindiagnostic.h>
 
 #include "controller/loadplan_p.h"
+#include "diagnostics/dependencyrelations_p.h"
 
 #include <QtCore/QSharedData>
 
@@ -49,6 +50,9 @@ public:
     // Discovered only: every reread() decides again over a copy of it, so the folder is
     // listed and its metadata read once.
     std::optional<LoadPlan> discovered;
+    // The relations of the discovered files by their names, which a reread does not
+    // change: made at the first reread and kept by the ones after it.
+    std::optional<DependencyRelations> relations;
     QList<PluginDiagnostic> plugins;
     QList<int> modelRows; // indices into plugins
     QStringList loadOrder;
