@@ -158,8 +158,15 @@ QVariantMap QmlPlugins::detailsOf(const QString& name) const
 {
     if (d->details)
         return d->details->value(name).toMap();
+    const auto made = d->detailsByName.constFind(name);
+    if (made != d->detailsByName.cend())
+        return made.value();
     const auto plugin = d->byName.constFind(name);
-    return plugin == d->byName.cend() ? QVariantMap() : detailsMap(plugin.value());
+    if (plugin == d->byName.cend())
+        return QVariantMap();
+    const QVariantMap details = detailsMap(plugin.value());
+    d->detailsByName.insert(name, details);
+    return details;
 }
 
 QVariantList QmlPlugins::otherFiles() const
@@ -200,6 +207,7 @@ void QmlPlugins::refresh()
     d->diagnostics = d->diagnostics.reread(PluginController::instance()->settings());
     d->details.reset();
     d->otherFiles.reset();
+    d->detailsByName.clear();
     d->explanations.clear();
     d->byName.clear();
     d->byPath.clear();

@@ -37,6 +37,9 @@ public:
     // the tick itself over a large folder.
     mutable std::optional<QVariantMap> details;
     mutable std::optional<QVariantList> otherFiles;
+    // The entries of details that detailsOf() made since the last reread: the page asks
+    // again each time the user comes back to a plugin.
+    mutable QHash<QString, QVariantMap> detailsByName;
     // The explanations asked for since the last reread, by path: the page's details and
     // its tests ask for the same file again and again, and a plugin with thousands of
     // dependencies takes a while to explain.
