@@ -100,6 +100,7 @@ LoadDiagnostics::LoadDiagnostics(const QDir& dir, QSettings* settings)
 {
     d->dir = dir;
     d->discovered.emplace(dir);
+    d->authoredDependencies = std::make_shared<AuthoredDependencies>();
     *this = reread(settings);
 }
 
