@@ -7,9 +7,14 @@
 #include <zelvane/diagnostics/plugindiagnostic.h>
 
 #include "controller/loadplan_p.h"
+#include "diagnostics/dependencyrelations_p.h"
 
+#include <QtCore/QHash>
+#include <QtCore/QJsonValue>
+#include <QtCore/QMutex>
 #include <QtCore/QSharedData>
 
+#include <memory>
 #include <optional>
 
 namespace Zelvane {
@@ -42,6 +47,21 @@ public:
     PluginDiagnostic::State state = PluginDiagnostic::State::Invalid;
 };
 
+// The "Dependencies" of each file's metadata as its author wrote them, by the file's path.
+// Qt converts a plugin's whole metadata to JSON at every metaData() call, and a plugin
+// with thousands of dependencies and a long description takes a while; the file's
+// metadata does not change while its folder's discovery is in use. Shared by a reading
+// of a folder and all its rereads, which may be explained on several threads.
+class AuthoredDependencies
+{
+public:
+    QJsonValue value(const QString& path);
+
+private:
+    QMutex m_mutex;
+    QHash<QString, QJsonValue> m_values;
+};
+
 class LoadDiagnosticsData : public QSharedData
 {
 public:
@@ -49,6 +69,10 @@ public:
     // Discovered only: every reread() decides again over a copy of it, so the folder is
     // listed and its metadata read once.
     std::optional<LoadPlan> discovered;
+    // The relations of the discovered files by their names, which a reread does not
+    // change: made at the first reread and kept by the ones after it.
+    std::optional<DependencyRelations> relations;
+    std::shared_ptr<AuthoredDependencies> authoredDependencies;
     QList<PluginDiagnostic> plugins;
     QList<int> modelRows; // indices into plugins
     QStringList loadOrder;

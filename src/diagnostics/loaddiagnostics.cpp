@@ -38,11 +38,11 @@ PluginDiagnostic::State stateOf(const LoadPlan::File& file)
     return file.blockers.isEmpty() ? State::Loads : State::LoadsUnordered;
 }
 
-// Answers every file of a decided plan. The relations between plugins are the names
-// that their metadata gives, among the accepted plugins of the folder.
-void fill(LoadDiagnosticsData& data, const LoadPlan& plan, QSettings* settings)
+// The relations between plugins: the names that their metadata gives, among the accepted
+// plugins of the folder. Only discovery sets these, so deciding again leaves them as
+// they were.
+DependencyRelations relationsOf(const QList<LoadPlan::File>& files)
 {
-    const QList<LoadPlan::File> files = plan.files();
     QList<DependencyRelations::File> named;
     named.reserve(files.size());
     for (const LoadPlan::File& file : files) {
@@ -50,7 +50,16 @@ void fill(LoadDiagnosticsData& data, const LoadPlan& plan, QSettings* settings)
         named.append(
             { file.name, accepted, accepted ? file.plugin.dependencies() : QStringList() });
     }
-    const DependencyRelations relations = dependencyRelations(named);
+    return dependencyRelations(named);
+}
+
+// Answers every file of a decided plan.
+void fill(LoadDiagnosticsData& data, const LoadPlan& plan, QSettings* settings)
+{
+    const QList<LoadPlan::File> files = plan.files();
+    if (!data.relations)
+        data.relations = relationsOf(files);
+    const DependencyRelations& relations = *data.relations;
     const QString chosenCore
         = plan.chosenCore() >= 0 ? files.at(plan.chosenCore()).name : QString();
 
@@ -91,6 +100,7 @@ LoadDiagnostics::LoadDiagnostics(const QDir& dir, QSettings* settings)
 {
     d->dir = dir;
     d->discovered.emplace(dir);
+    d->authoredDependencies = std::make_shared<AuthoredDependencies>();
     *this = reread(settings);
 }
 

@@ -24,6 +24,21 @@ QJsonObject authoredMetadata(const QString& path)
     return QPluginLoader(path).metaData().value(QLatin1String("MetaData")).toObject();
 }
 
+} // namespace
+
+QJsonValue AuthoredDependencies::value(const QString& path)
+{
+    const QMutexLocker locker(&m_mutex);
+    const auto known = m_values.constFind(path);
+    if (known != m_values.cend())
+        return known.value();
+    const QJsonValue dependencies = authoredMetadata(path).value(dependenciesKey);
+    m_values.insert(path, dependencies);
+    return dependencies;
+}
+
+namespace {
+
 // What a JSON value is, as the explanation names it.
 QString typeName(const QJsonValue& value)
 {
@@ -105,7 +120,7 @@ PluginExplanation::PluginExplanation(const PluginDiagnostic& plugin, const LoadD
         if (!problems.items.isEmpty())
             m_parts.append(problems);
 
-        addDependencyNotes(plugin);
+        addDependencyNotes(plugin, folder);
         if (!m_notes.isEmpty())
             m_parts.append(Part { Kind::Metadata, tr("In its metadata:"), QString(), m_notes });
 
@@ -122,7 +137,8 @@ PluginExplanation::PluginExplanation(const PluginDiagnostic& plugin, const LoadD
     m_parts.append(textPart(Kind::File, tr("File:"), plugin.filePath()));
 }
 
-void PluginExplanation::addDependencyNotes(const PluginDiagnostic& plugin)
+void PluginExplanation::addDependencyNotes(const PluginDiagnostic& plugin,
+                                           const LoadDiagnostics& folder)
 {
     const QStringList names = plugin.dependencies();
     // A set: a plugin may name thousands of dependencies, most of them missing.
@@ -133,7 +149,9 @@ void PluginExplanation::addDependencyNotes(const PluginDiagnostic& plugin)
                                       : Item { QString(), name, {}, false };
     };
 
-    const QJsonValue dependencies = authoredMetadata(plugin.filePath()).value(dependenciesKey);
+    const QJsonValue dependencies = folder.d->authoredDependencies
+        ? folder.d->authoredDependencies->value(plugin.filePath())
+        : authoredMetadata(plugin.filePath()).value(dependenciesKey);
     if (!dependencies.isArray()) {
         for (const QString& name : names)
             m_dependencies.append(nameItem(name));

@@ -95,7 +95,7 @@ public:
     QStringList sentences() const;
 
 private:
-    void addDependencyNotes(const PluginDiagnostic& plugin);
+    void addDependencyNotes(const PluginDiagnostic& plugin, const LoadDiagnostics& folder);
     void addOptions(const PluginDiagnostic& plugin, const LoadDiagnostics& folder);
     static QList<Item> optionItems(const PluginDiagnostic& plugin,
                                    const QList<PluginDiagnostic>& inParserOrder);

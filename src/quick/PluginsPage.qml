@@ -37,10 +37,6 @@ Pane {
     // closed: a folder written for another host may hold hundreds of such files, and
     // the plugins that the user can tick come first.
     property var expandedGroups: ({})
-    // The parts of the current file's explanation, read again after every tick.
-    property var explanation: []
-    // The lines that the details show (detailLines()).
-    readonly property var lines: page.detailLines()
 
     // The user asked to restart; Plugins.restartRequested() is emitted as well.
     signal restartRequested()
@@ -75,10 +71,6 @@ Pane {
         page.currentPlugin = plugins.data(plugins.index(row, 0), PluginsModel.NameRole)
     }
 
-    function explain() {
-        page.explanation = page.currentFile.length > 0 ? Plugins.explanation(page.currentFile) : []
-    }
-
     function isExpanded(key: string): bool {
         return page.expandedGroups[key] === true
     }
@@ -87,23 +79,6 @@ Pane {
         const groups = Object.assign({}, page.expandedGroups)
         groups[key] = expanded
         page.expandedGroups = groups
-    }
-
-    // The lines of the details, one per paragraph or list item, so that the view only
-    // makes what is on screen: a plugin may have thousands of dependencies.
-    function detailLines(): var {
-        if (!page.current)
-            return [{ kind: "empty", text: qsTr("No plugin is selected.") }]
-        let lines = [{ kind: "title", text: page.current.title }]
-        for (const part of page.explanation) {
-            if (part.label.length > 0 || part.text.length > 0)
-                lines.push({ kind: "paragraph", part: part.kind, label: part.label, text: part.text })
-            for (const item of part.items) {
-                lines.push({ kind: "item", part: part.kind, code: item.code, text: item.text,
-                             note: item.note, warning: item.warning })
-            }
-        }
-        return lines
     }
 
     function escaped(text: string): string {
@@ -183,7 +158,6 @@ Pane {
 
     Accessible.name: qsTr("Plugins")
 
-    onCurrentFileChanged: page.explain()
     // A plugin chosen by the host shows, and its row becomes the current one.
     onCurrentPluginChanged: {
         page.currentOther = null
@@ -196,7 +170,7 @@ Pane {
     // Plugins reads the folder again after every tick, and so does the page.
     function reread() {
         ++page.revision
-        page.explain()
+        detailLines.reread()
         page.updateOthers()
     }
 
@@ -206,6 +180,17 @@ Pane {
     }
     // The singleton outlives the page.
     Component.onDestruction: Plugins.detailsChanged.disconnect(page.reread)
+
+    // The lines of the details, one per paragraph or list item, so that the view only
+    // makes what is on screen: a plugin may have thousands of dependencies. A reread
+    // changes only the lines that differ, and the view keeps the others' items.
+    PluginDetailsModel {
+        id: detailLines
+        plugins: Plugins
+        filePath: page.currentFile
+        title: page.current ? page.current.title : ""
+        emptyText: qsTr("No plugin is selected.")
+    }
 
     PluginsFilterModel {
         id: plugins
@@ -523,10 +508,7 @@ Pane {
                     anchors.fill: parent
                     anchors.margins: 6
                     clip: true
-                    // A count, with the lines read from page.lines: a list of lines as the
-                    // model would be converted into a list of variants at each change,
-                    // thousands of them for a plugin with thousands of dependencies.
-                    model: page.lines.length
+                    model: detailLines
                     activeFocusOnTab: true
                     keyNavigationEnabled: false
                     boundsBehavior: Flickable.StopAtBounds
@@ -537,24 +519,32 @@ Pane {
                     delegate: Label {
                         id: line
 
-                        required property int index
-                        // Past the end for a moment when the lines shrink before the count.
-                        readonly property var modelData: page.lines[line.index]
-                                                         || { kind: "empty", text: "" }
-                        readonly property string kind: line.modelData.kind
+                        required property string kind
+                        required property string part
+                        required property string label
+                        required property string body
+                        required property string code
+                        required property string note
+                        required property bool warning
+                        // The line as markup() and sentence() take it; made only for the
+                        // lines on screen.
+                        readonly property var modelData: ({ kind: line.kind, part: line.part,
+                                                            label: line.label, text: line.body,
+                                                            code: line.code, note: line.note,
+                                                            warning: line.warning })
                         // The description is the plugin's own text, shown as it is.
                         readonly property bool plain: line.kind !== "item"
                                                       && (line.kind !== "paragraph"
-                                                          || line.modelData.label.length === 0)
+                                                          || line.label.length === 0)
 
-                        objectName: "detail:" + line.kind + (line.modelData.part ? ":" + line.modelData.part : "")
+                        objectName: "detail:" + line.kind + (line.part.length > 0 ? ":" + line.part : "")
                         width: ListView.view.width - detailsBar.width
                         leftPadding: line.kind === "item" ? 18 : 0
                         topPadding: line.kind === "item" ? 1 : 6
                         bottomPadding: line.kind === "item" ? 1 : 2
                         wrapMode: Text.Wrap
                         textFormat: line.plain ? Text.PlainText : Text.RichText
-                        text: line.plain ? line.modelData.text : page.markup(line.modelData)
+                        text: line.plain ? line.body : page.markup(line.modelData)
                         color: page.palette.text
                         font.bold: line.kind === "title"
                         font.pixelSize: line.kind === "title" ? page.font.pixelSize * 1.3

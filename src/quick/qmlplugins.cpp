@@ -1,5 +1,7 @@
 #include <zelvane/quick/qmlplugins.h>
 
+#include "qmlplugins_p.h"
+
 #include "diagnostics/pluginexplanation_p.h"
 #include "diagnostics/pluginpresentation_p.h"
 
@@ -8,8 +10,6 @@
 #include <zelvane/pluginscaterogies.h>
 #include <zelvane/pluginsmodel.h>
 
-#include <QtCore/QHash>
-#include <QtCore/QPointer>
 #include <QtCore/QSet>
 #include <QtQml/QQmlEngine>
 
@@ -78,29 +78,18 @@ QVariantMap itemOf(const PluginExplanation::Item& item)
 
 } // namespace
 
-class QmlPluginsPrivate
+QList<PluginExplanation::Part> QmlPluginsPrivate::explanation(const QString& filePath) const
 {
-public:
-    QPointer<PluginsModel> model;
-    PluginsCaterogies* categories = nullptr;
-    QString directory;
-    LoadDiagnostics diagnostics;
-    // The plugin that each name stands for: the first of the folder with that name that
-    // the library did not refuse.
-    QHash<QString, PluginDiagnostic> byName;
-    // details and otherFiles, made when first read after a reread: the page asks for one
-    // plugin at a time, and making every plugin's details at each tick took longer than
-    // the tick itself over a large folder.
-    mutable std::optional<QVariantMap> details;
-    mutable std::optional<QVariantList> otherFiles;
-    // The files that otherFiles lists, in the same order.
-    QList<PluginDiagnostic> others;
-    // Every file of the folder by its path, for the page's questions about one file.
-    QHash<QString, PluginDiagnostic> byPath;
-    bool restartOffered = false;
-
-    PluginDiagnostic plugin(const QString& filePath) const { return byPath.value(filePath); }
-};
+    const auto cached = explanations.constFind(filePath);
+    if (cached != explanations.cend())
+        return cached.value();
+    const PluginDiagnostic file = plugin(filePath);
+    const QList<PluginExplanation::Part> parts = file.isValid()
+        ? PluginExplanation(file, diagnostics).parts()
+        : QList<PluginExplanation::Part>();
+    explanations.insert(filePath, parts);
+    return parts;
+}
 
 QmlPlugins::QmlPlugins(QObject* parent)
     : QObject(parent)
@@ -169,8 +158,15 @@ QVariantMap QmlPlugins::detailsOf(const QString& name) const
 {
     if (d->details)
         return d->details->value(name).toMap();
+    const auto made = d->detailsByName.constFind(name);
+    if (made != d->detailsByName.cend())
+        return made.value();
     const auto plugin = d->byName.constFind(name);
-    return plugin == d->byName.cend() ? QVariantMap() : detailsMap(plugin.value());
+    if (plugin == d->byName.cend())
+        return QVariantMap();
+    const QVariantMap details = detailsMap(plugin.value());
+    d->detailsByName.insert(name, details);
+    return details;
 }
 
 QVariantList QmlPlugins::otherFiles() const
@@ -211,6 +207,8 @@ void QmlPlugins::refresh()
     d->diagnostics = d->diagnostics.reread(PluginController::instance()->settings());
     d->details.reset();
     d->otherFiles.reset();
+    d->detailsByName.clear();
+    d->explanations.clear();
     d->byName.clear();
     d->byPath.clear();
     d->others.clear();
@@ -280,11 +278,7 @@ bool QmlPlugins::matchesFilter(const QString& filePath, const QString& text) con
 QVariantList QmlPlugins::explanation(const QString& filePath) const
 {
     QVariantList parts;
-    const PluginDiagnostic plugin = d->plugin(filePath);
-    if (!plugin.isValid())
-        return parts;
-    const QList<PluginExplanation::Part> explained
-        = PluginExplanation(plugin, d->diagnostics).parts();
+    const QList<PluginExplanation::Part> explained = d->explanation(filePath);
     for (const PluginExplanation::Part& part : explained) {
         QVariantList items;
         for (const PluginExplanation::Item& item : part.items)

@@ -210,10 +210,19 @@ void tst_Explanations::compareAll(const LoadingTest::Scenario& scenario, const Q
     Zelvane::QmlPlugins singleton;
     singleton.setPluginDirectory(dir);
 
-    for (const Zelvane::PluginDiagnostic& file : files) {
+    // A reread shares the first reading's discovery, and what it keeps of each file's
+    // metadata: it explains every file in the same words.
+    const Zelvane::LoadDiagnostics again = folder.reread(scenario.settings());
+    const QList<Zelvane::PluginDiagnostic> filesAgain = again.plugins();
+    QCOMPARE(filesAgain.size(), files.size());
+
+    for (qsizetype index = 0; index < files.size(); ++index) {
+        const Zelvane::PluginDiagnostic& file = files.at(index);
         const Zelvane::PluginExplanation explanation(file, folder);
         const QStringList expected = explanation.sentences();
         QVERIFY2(!expected.isEmpty(), qPrintable(file.fileName()));
+        QCOMPARE(Zelvane::PluginExplanation(filesAgain.at(index), again).sentences(), expected);
+        QCOMPARE(Zelvane::PluginExplanation(file, folder).sentences(), expected);
 
         QCOMPARE(sentencesOf(singleton.explanation(file.filePath())), expected);
 

@@ -184,6 +184,12 @@ void tst_LoadDiagnostics::plugins()
     QCOMPARE(describe(diagnostics), expected);
     QCOMPARE(diagnostics.directory(), QDir(scenario.pluginDir()));
     QCOMPARE(diagnostics.differsFromRunning(), false); // nothing is loaded
+
+    // Rereads keep what discovery set, the relations by name among them, and tell the same.
+    const LoadDiagnostics again = diagnostics.reread(scenario.settings());
+    QCOMPARE(describe(again), expected);
+    QCOMPARE(describe(again.reread(scenario.settings())), expected);
+    QCOMPARE(again.reread(scenario.settings()).loadOrder(), loadOrder);
 }
 
 void tst_LoadDiagnostics::texts_data()

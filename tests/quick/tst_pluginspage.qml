@@ -292,6 +292,35 @@ Item {
             compare(child("notice").visible, false)
         }
 
+        // A tick changes some lines of the details: those change, and the view keeps the
+        // items of the others, so that a long text is not laid out again.
+        function test_detailsChangeOnlyTheLinesThatDiffer() {
+            page.currentPlugin = "Viewer"
+            const details = child("details")
+            waitForItemPolished(details)
+            const title = details.itemAtIndex(0)
+            verify(title)
+            compare(title.text, "Viewer")
+            const before = detailLines()
+            try {
+                // Storage off, with Viewer shown: Viewer goes with it, and says why.
+                verify(page.setChecked(3, false))
+                compare(rows(), ["AltCore", "[Core]", "Viewer", "Storage"])
+                tryCompare(Plugins, "restartNeeded", true)
+                compare(page.currentPlugin, "Viewer")
+                compareDetailsWithExplanation("Viewer", Plugins.details["Viewer"].filePath)
+                verify(detailLines().join("\n") !== before.join("\n"))
+                verify(details.itemAtIndex(0) === title, "the title keeps its item")
+            } finally {
+                // Ticking Viewer ticks Storage again.
+                page.setChecked(2, true)
+            }
+            compare(rows(), ["AltCore", "[Core]", "[Viewer]", "[Storage]"])
+            tryCompare(Plugins, "restartNeeded", false)
+            compare(detailLines(), before)
+            verify(details.itemAtIndex(0) === title, "the title keeps its item")
+        }
+
         function test_otherGroupsCollapsedAndExpanding() {
             verify(child("otherFiles").visible)
             // One group per category, the refused files last; titled as Plugins says.

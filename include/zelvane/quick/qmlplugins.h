@@ -113,6 +113,7 @@ Q_SIGNALS:
     void restartRequested();
 
 private:
+    friend class QmlPluginsPrivate;
     std::unique_ptr<QmlPluginsPrivate> d;
 };
 
