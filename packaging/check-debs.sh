@@ -234,6 +234,11 @@ elif ! grep -q "\./usr/lib/$multiarch/zelvane/zelvane-trial\$" <<<"$(dpkg-deb -c
     fail "libzelvanediagnostics1 does not hold usr/lib/$multiarch/zelvane/zelvane-trial"
 else
     pass "libzelvanediagnostics1 holds usr/lib/$multiarch/zelvane/zelvane-trial"
+    if grep -q "\./usr/share/zelvane/translations/zelvane_de\.qm\$" <<<"$(dpkg-deb -c "$diagnostics")"; then
+        pass "libzelvanediagnostics1 holds the German catalogue"
+    else
+        fail "libzelvanediagnostics1 does not hold usr/share/zelvane/translations/zelvane_de.qm"
+    fi
     safe_root="$work/safe-root"
     for deb in "${debs[@]}"; do
         case $(dpkg-deb -f "$deb" Package) in

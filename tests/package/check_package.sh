@@ -361,7 +361,8 @@ check_components() {
         include/zelvane/widgets/PluginsWidget include/zelvane/widgets/PluginsDialog \
         include/zelvane/quick/QmlPlugins \
         lib/cmake/Zelvane/ZelvaneDiagnosticsTargets.cmake lib/cmake/Zelvane/ZelvaneWidgetsTargets.cmake \
-        lib/cmake/Zelvane/ZelvaneQuickTargets.cmake; do
+        lib/cmake/Zelvane/ZelvaneQuickTargets.cmake lib/zelvane/zelvane-trial \
+        share/zelvane/translations/zelvane_de.qm; do
         if [[ -e $prefix/$path ]]; then pass "$path"; else fail "$path is not installed"; fi
     done
     local library
