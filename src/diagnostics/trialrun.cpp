@@ -5,7 +5,6 @@
 
 #include "diagnostics/trialprotocol_p.h"
 
-#include <QtCore/QCoreApplication>
 #include <QtCore/QDir>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
@@ -15,14 +14,6 @@
 namespace Zelvane {
 
 namespace {
-
-// The words of this file in a context of their own, so that a translator finds them by
-// the class they belong to; the "QObject" context holds the library's own texts, which
-// hosts translate themselves.
-class TrialTexts
-{
-    Q_DECLARE_TR_FUNCTIONS(Zelvane::TrialWatch)
-};
 
 using namespace TrialProtocol;
 

@@ -4,11 +4,20 @@
 
 #include "diagnostics/trialwatch_p.h"
 
+#include <QtCore/QCoreApplication>
 #include <QtCore/QList>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
 namespace Zelvane {
+
+// The trial's words, for both the watcher and its runs, in a context of their own so that
+// a translator finds them by the class they belong to; the "QObject" context holds the
+// library's own texts, which hosts translate themselves.
+class TrialTexts
+{
+    Q_DECLARE_TR_FUNCTIONS(Zelvane::TrialWatch)
+};
 
 // One run of the child: the plan it announced and what each plugin of it did.
 struct TrialRun

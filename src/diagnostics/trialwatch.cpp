@@ -2,7 +2,6 @@
 
 #include "diagnostics/trialrun_p.h"
 
-#include <QtCore/QCoreApplication>
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
 #include <QtCore/QSet>
@@ -12,14 +11,6 @@
 namespace Zelvane {
 
 namespace {
-
-// The words of this file in a context of their own, so that a translator finds them by
-// the class they belong to; the "QObject" context holds the library's own texts, which
-// hosts translate themselves.
-class TrialTexts
-{
-    Q_DECLARE_TR_FUNCTIONS(Zelvane::TrialWatch)
-};
 
 QString milliseconds(qint64 us)
 {
